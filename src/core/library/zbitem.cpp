@@ -1,0 +1,307 @@
+#include "library/zbitem.h"
+
+#include "library/zbobjectcontext.h"
+#include "library/zbplaylist.h"
+#include "predicate/zbtextfold.h"
+
+namespace
+{
+template <typename T>
+bool assign(T &field, const T &value)
+{
+    if (field == value)
+        return false;
+    field = value;
+    return true;
+}
+
+// A null string and an empty one are different values in the library (an
+// absent URL against a local file's ''), so == alone cannot tell a change.
+bool assign(QString &field, const QString &value)
+{
+    if (field == value && field.isNull() == value.isNull())
+        return false;
+    field = value;
+    return true;
+}
+
+std::optional<qint32> toOptionalInt(const QVariant &value)
+{
+    if (!value.isValid() || value.isNull())
+        return std::nullopt;
+    bool ok = false;
+    const qint32 number = value.toInt(&ok);
+    return ok ? std::optional<qint32>(number) : std::nullopt;
+}
+
+std::optional<bool> toOptionalBool(const QVariant &value)
+{
+    if (!value.isValid() || value.isNull())
+        return std::nullopt;
+    return value.toBool();
+}
+
+QVariant fromOptional(const std::optional<qint32> &value)
+{
+    return value ? QVariant(*value) : QVariant();
+}
+
+QVariant fromOptional(const std::optional<bool> &value)
+{
+    return value ? QVariant(*value) : QVariant();
+}
+
+QVariant fromString(const QString &value)
+{
+    return value.isNull() ? QVariant() : QVariant(value);
+}
+
+QVariant fromDate(const QDateTime &value)
+{
+    return value.isValid() ? QVariant(value) : QVariant();
+}
+} // namespace
+
+void ZBItem::forgetFolds(int field)
+{
+    m_foldValid &= quint8(~(1u << field));
+}
+
+void ZBItem::setItemUUID(const QString &value)
+{
+    if (!assign(m_ItemUUID, value))
+        return;
+    forgetFolds(ItemUUIDField);
+    if (context())
+        context()->itemKeysDidChange();
+    didChange();
+}
+
+void ZBItem::setName(const QString &value)
+{
+    if (!assign(m_Name, value))
+        return;
+    forgetFolds(NameField);
+    didChange();
+}
+
+void ZBItem::setPath(const QString &value)
+{
+    if (!assign(m_Path, value))
+        return;
+    forgetFolds(PathField);
+    if (context())
+        context()->itemKeysDidChange();
+    didChange();
+}
+
+void ZBItem::setURL(const QString &value)
+{
+    if (!assign(m_URL, value))
+        return;
+    forgetFolds(URLField);
+    if (context())
+        context()->itemKeysDidChange();
+    didChange();
+}
+
+void ZBItem::setType(const QString &value)
+{
+    if (!assign(m_Type, value))
+        return;
+    forgetFolds(TypeField);
+    didChange();
+}
+
+void ZBItem::setRating(std::optional<qint32> value)
+{
+    if (assign(m_Rating, value))
+        didChange();
+}
+
+void ZBItem::setLength(std::optional<qint32> value)
+{
+    if (assign(m_Length, value))
+        didChange();
+}
+
+void ZBItem::setPlayCount(std::optional<qint32> value)
+{
+    if (assign(m_PlayCount, value))
+        didChange();
+}
+
+void ZBItem::setAdded(const QDateTime &value)
+{
+    if (m_Added.isValid() != value.isValid() || m_Added != value)
+    {
+        m_Added = value;
+        didChange();
+    }
+}
+
+void ZBItem::setLastPlayed(const QDateTime &value)
+{
+    if (m_LastPlayed.isValid() != value.isValid() || m_LastPlayed != value)
+    {
+        m_LastPlayed = value;
+        didChange();
+    }
+}
+
+void ZBItem::setSourcePageTitle(const QString &value)
+{
+    if (!assign(m_SourcePageTitle, value))
+        return;
+    forgetFolds(SourcePageTitleField);
+    didChange();
+}
+
+void ZBItem::setIsValid(std::optional<bool> value)
+{
+    if (assign(m_isValid, value))
+        didChange();
+}
+
+void ZBItem::setIsAvailable(std::optional<bool> value)
+{
+    if (assign(m_isAvailable, value))
+        didChange();
+}
+
+QVariant ZBItem::getUntypedValueByName(const QString &key) const
+{
+    if (key.isNull())
+        return QVariant();
+    if (key == u"ItemUUID")
+        return fromString(m_ItemUUID);
+    if (key == u"Name")
+        return fromString(m_Name);
+    if (key == u"Path")
+        return fromString(m_Path);
+    if (key == u"URL")
+        return fromString(m_URL);
+    if (key == u"Type")
+        return fromString(m_Type);
+    if (key == u"Rating")
+        return fromOptional(m_Rating);
+    if (key == u"Length")
+        return fromOptional(m_Length);
+    if (key == u"PlayCount")
+        return fromOptional(m_PlayCount);
+    if (key == u"Added")
+        return fromDate(m_Added);
+    if (key == u"LastPlayed")
+        return fromDate(m_LastPlayed);
+    if (key == u"SourcePageTitle")
+        return fromString(m_SourcePageTitle);
+    if (key == u"isValid")
+        return fromOptional(m_isValid);
+    if (key == u"isAvailable")
+        return fromOptional(m_isAvailable);
+    return QVariant();
+}
+
+bool ZBItem::setUntypedValueByName(const QString &key, const QVariant &value)
+{
+    const bool absent = !value.isValid() || value.isNull();
+    const QString text = absent ? QString() : value.toString();
+    if (key == u"ItemUUID")
+        setItemUUID(text);
+    else if (key == u"Name")
+        setName(text);
+    else if (key == u"Path")
+        setPath(text);
+    else if (key == u"URL")
+        setURL(text);
+    else if (key == u"Type")
+        setType(text);
+    else if (key == u"Rating")
+        setRating(toOptionalInt(value));
+    else if (key == u"Length")
+        setLength(toOptionalInt(value));
+    else if (key == u"PlayCount")
+        setPlayCount(toOptionalInt(value));
+    else if (key == u"Added")
+        setAdded(absent ? QDateTime() : value.toDateTime());
+    else if (key == u"LastPlayed")
+        setLastPlayed(absent ? QDateTime() : value.toDateTime());
+    else if (key == u"SourcePageTitle")
+        setSourcePageTitle(text);
+    else if (key == u"isValid")
+        setIsValid(toOptionalBool(value));
+    else if (key == u"isAvailable")
+        setIsAvailable(toOptionalBool(value));
+    else
+        return false;
+    return true;
+}
+
+QVariant ZBItem::valueForKeyPath(const QString &keyPath) const
+{
+    const qsizetype dot = keyPath.indexOf(QLatin1Char('.'));
+    if (dot < 0)
+        return getUntypedValueByName(keyPath);
+
+    const QStringView head = QStringView(keyPath).left(dot);
+    const QString rest = keyPath.mid(dot + 1);
+    QVariantList values;
+    if (head == u"Playlist")
+    {
+        for (const ZBPlaylist *playlist : m_playlists)
+            values.append(playlist->valueForKeyPath(rest));
+    }
+    else if (head == u"Resource")
+    {
+        for (const ZBResources *resource : m_resources)
+        {
+            if (rest == u"Path")
+                values.append(resource->Path());
+            else if (rest == u"mainFile" && resource->mainFile())
+                values.append(*resource->mainFile());
+        }
+    }
+    else
+    {
+        return QVariant();
+    }
+    return values;
+}
+
+const QString *ZBItem::textField(const QString &key, int *index) const
+{
+    if (key == u"Name")
+        *index = NameField;
+    else if (key == u"Type")
+        *index = TypeField;
+    else if (key == u"URL")
+        *index = URLField;
+    else if (key == u"Path")
+        *index = PathField;
+    else if (key == u"SourcePageTitle")
+        *index = SourcePageTitleField;
+    else if (key == u"ItemUUID")
+        *index = ItemUUIDField;
+    else
+        return nullptr;
+    static constexpr QString ZBItem::*fields[TextFieldCount] = {&ZBItem::m_Name,           &ZBItem::m_Path,
+                                                                 &ZBItem::m_URL,            &ZBItem::m_Type,
+                                                                 &ZBItem::m_SourcePageTitle, &ZBItem::m_ItemUUID};
+    return &(this->*fields[*index]);
+}
+
+QString ZBItem::foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const
+{
+    int index = 0;
+    const QString *field = textField(key, &index);
+    if (!field)
+        return ZBPredicateSubject::foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
+    if (!(caseInsensitive && diacriticInsensitive))
+        return ZBTextFold::fold(*field, caseInsensitive, diacriticInsensitive);
+    if (!(m_foldValid & (1u << index)))
+    {
+        m_folds[index] = ZBTextFold::fold(*field, true, true);
+        m_foldValid |= quint8(1u << index);
+    }
+    return m_folds[index];
+}

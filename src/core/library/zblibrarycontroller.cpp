@@ -1,0 +1,586 @@
+#include "library/zblibrarycontroller.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLoggingCategory>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+#include "predicate/zbtextfold.h"
+#include "util/zbadditionalmethods.h"
+
+Q_LOGGING_CATEGORY(lcLibrary, "norvik.library")
+
+const QString ZBLibraryController::LibraryFileName = QStringLiteral("NVKLibrary.sqlite");
+
+namespace
+{
+const QString GroupPredefined = QStringLiteral("Predefined");
+const QString GroupDownloads = QStringLiteral("Downloads");
+const QString GroupUser = QStringLiteral("User");
+
+struct StandardList
+{
+    const char *name;
+    const char *request;
+    const QString &group;
+    qint32 sortOrder;
+};
+
+struct DownloadList
+{
+    const char *name;
+    qint64 secondsBack;
+    qint32 sortOrder;
+};
+
+const DownloadList DownloadLists[] = {
+    {"Today", 86400, 301},
+    {"Last week", 604800, 302},
+    {"Last month", 2678400, 303},
+};
+
+bool like(const QString &value, const QString &pattern)
+{
+    return ZBTextFold::likeMatch(value, pattern, true, true);
+}
+
+bool isInvertedSortKey(const QString &key)
+{
+    for (const char *inverted : {"Added", "LastPlayed", "Rating", "Length", "PlayCount"})
+    {
+        if (key.compare(QLatin1String(inverted), Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
+}
+
+// Natural order of stored values; an absent value sorts before every present
+// one.
+int compareValues(const QVariant &a, const QVariant &b)
+{
+    const bool aAbsent = !a.isValid() || a.isNull();
+    const bool bAbsent = !b.isValid() || b.isNull();
+    if (aAbsent || bAbsent)
+        return int(bAbsent) - int(aAbsent);
+    if (a.metaType().id() == QMetaType::QDateTime && b.metaType().id() == QMetaType::QDateTime)
+    {
+        const qint64 x = a.toDateTime().toMSecsSinceEpoch();
+        const qint64 y = b.toDateTime().toMSecsSinceEpoch();
+        return x < y ? -1 : (x > y ? 1 : 0);
+    }
+    const double x = a.toDouble();
+    const double y = b.toDouble();
+    return x < y ? -1 : (x > y ? 1 : 0);
+}
+} // namespace
+
+ZBLibraryController::ZBLibraryController() = default;
+
+QString ZBLibraryController::applicationSupportFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+}
+
+ZBObjectContext::OpenResult ZBLibraryController::openStore(const QString &folder)
+{
+    m_predicates.clear();
+    m_allTracksUUID.clear();
+    m_nowBrowsingUUID.clear();
+    const QString dir = folder.isEmpty() ? applicationSupportFolder() : folder;
+    if (dir.isEmpty())
+    {
+        ZBObjectContext::OpenResult result;
+        result.error = QStringLiteral("Can't find application support folder");
+        return result;
+    }
+    return m_context.open(QDir(dir).filePath(LibraryFileName));
+}
+
+bool ZBLibraryController::save()
+{
+    if (m_context.save())
+        return true;
+    qCWarning(lcLibrary) << "Saving the library failed:" << m_context.lastError();
+    return false;
+}
+
+void ZBLibraryController::initLibrary(const QDateTime &now)
+{
+    static const StandardList lists[] = {
+        {"All Tracks", "Name like[cd] '*'", GroupPredefined, 101},
+        {"NowBrowsing", "", GroupDownloads, 300},
+        {"Video",
+         "!(Type contains[cd] 'SWF') AND !(Type contains[cd] 'EXE') AND !(Type contains[cd] 'rm') AND !(Type "
+         "contains[cd] 'rv') AND !(Type contains[cd] 'XAP')",
+         GroupPredefined, 107},
+        {"SWF", "(Type contains[cd] 'SWF') OR (Type contains[cd] 'EXE')", GroupPredefined, 105},
+        {"Real video", "(Type contains[cd] 'rm') OR (Type contains[cd] 'rv')", GroupPredefined, 109},
+        {"Silverlight", "Type contains[cd] 'XAP'", GroupPredefined, 110},
+    };
+    QStringList uuids;
+    for (const StandardList &list : lists)
+    {
+        uuids << initUUIDForStandartSmartListWithName(QString::fromUtf8(list.name), QString::fromUtf8(list.request),
+                                                      list.group, QStringLiteral("Name"), true, list.sortOrder);
+    }
+    m_allTracksUUID = uuids.value(0);
+    m_nowBrowsingUUID = uuids.value(1);
+    refreshDownloadSmartList(now);
+}
+
+QString ZBLibraryController::UUIDForStandartSmartListWithName(const QString &name) const
+{
+    for (const ZBBaseEntity *entity : m_context.baseEntities())
+    {
+        if (like(entity->Name(), name))
+            return entity->Value();
+    }
+    return QString();
+}
+
+QString ZBLibraryController::initUUIDForStandartSmartListWithName(const QString &name, const QString &request,
+                                                                  const QString &group, const QString &sortBy,
+                                                                  bool ascend, qint32 sortOrder)
+{
+    const QString existing = UUIDForStandartSmartListWithName(name);
+    if (!existing.isNull())
+        return existing;
+    const QString uuid = addSmartListWithName(name, request, group, sortBy, ascend, sortOrder);
+    ZBBaseEntity *record = m_context.insertBaseEntity();
+    record->setName(name);
+    record->setValue(uuid);
+    save();
+    return uuid;
+}
+
+QString ZBLibraryController::downloadFilterRequest(const QDateTime &cutOff)
+{
+    return QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
+                             ZBAdditionalMethods::secondsSinceReferenceDate(cutOff));
+}
+
+void ZBLibraryController::refreshDownloadSmartList(const QDateTime &now)
+{
+    for (const DownloadList &list : DownloadLists)
+    {
+        const QString name = QString::fromUtf8(list.name);
+        const QString request = downloadFilterRequest(now.addSecs(-list.secondsBack));
+        ZBPlaylist *playlist = playlistByUUID(UUIDForStandartSmartListWithName(name));
+        // The new cut-off rides along with the next save; the lists move on
+        // once per start, not continuously.
+        if (playlist)
+            playlist->setRequest(request);
+        else
+            initUUIDForStandartSmartListWithName(name, request, GroupDownloads, QStringLiteral("Added"), false,
+                                                 list.sortOrder);
+    }
+}
+
+QString ZBLibraryController::addSmartListWithName(const QString &name, const QString &request, const QString &group,
+                                                  const QString &sortBy, bool ascend, qint32 sortOrder)
+{
+    ZBPlaylist *playlist = m_context.insertPlaylist();
+    const QString uuid = ZBAdditionalMethods::generateUUID();
+    playlist->setName(name);
+    playlist->setIsSmart(true);
+    playlist->setRequest(request);
+    playlist->setGroup(group);
+    playlist->setSortField(sortBy);
+    playlist->setAscend(ascend);
+    playlist->setSortOrder(sortOrder);
+    playlist->setPlaylistUUID(uuid);
+    save();
+    return uuid;
+}
+
+QString ZBLibraryController::addPlaylistToLibraryByName(const QString &name, const QString &sortBy, bool ascend,
+                                                        qint32 sortOrder)
+{
+    ZBPlaylist *playlist = m_context.insertPlaylist();
+    const QString uuid = ZBAdditionalMethods::generateUUID();
+    playlist->setName(name);
+    playlist->setSortField(sortBy);
+    playlist->setAscend(ascend);
+    playlist->setSortOrder(sortOrder);
+    playlist->setPlaylistUUID(uuid);
+    save();
+    return uuid;
+}
+
+ZBPlaylist *ZBLibraryController::playlistByUUID(const QString &uuid) const
+{
+    if (uuid.isNull())
+        return nullptr;
+    const QString needle = ZBTextFold::fold(uuid, true, true);
+    for (ZBPlaylist *playlist : m_context.playlists())
+    {
+        if (ZBTextFold::fold(playlist->PlaylistUUID(), true, true).contains(needle))
+            return playlist;
+    }
+    return nullptr;
+}
+
+ZBPlaylist *ZBLibraryController::getPlaylistsFromLibraryByUUID(const QString &uuid) const
+{
+    if (uuid.isNull())
+        return nullptr;
+    for (ZBPlaylist *playlist : m_context.playlists())
+    {
+        if (like(playlist->PlaylistUUID(), uuid))
+            return playlist;
+    }
+    return nullptr;
+}
+
+QList<ZBPlaylist *> ZBLibraryController::getAllPlaylistsFromLibraryByName(const QString &name) const
+{
+    QList<ZBPlaylist *> result;
+    for (ZBPlaylist *playlist : m_context.playlists())
+    {
+        if (like(playlist->Name(), name) && like(playlist->Group(), GroupUser))
+            result.append(playlist);
+    }
+    return result;
+}
+
+QList<ZBPlaylist *> ZBLibraryController::getPlaylistsFromLibraryByName(const QString &name, bool isSmart,
+                                                                       const QString &group) const
+{
+    QList<ZBPlaylist *> result;
+    for (ZBPlaylist *playlist : m_context.playlists())
+    {
+        if (!like(playlist->Name(), name) || playlist->isSmart() != isSmart)
+            continue;
+        // Plain playlists all live under the user's heading; the group is
+        // only asked of smart lists.
+        if (isSmart && !like(playlist->Group(), group))
+            continue;
+        result.append(playlist);
+    }
+    return result;
+}
+
+bool ZBLibraryController::removePlaylistFromLibraryByUUID(const QString &uuid)
+{
+    if (uuid.isNull())
+        return false;
+    ZBPlaylist *playlist = getPlaylistsFromLibraryByUUID(uuid);
+    if (!playlist)
+        return false;
+    const ZBItemList members = playlist->Item();
+    for (ZBItem *item : members)
+        m_context.removeMember(playlist, item);
+    m_context.deletePlaylist(playlist);
+    return save();
+}
+
+bool ZBLibraryController::removePlaylistFromLibrary(const QString &name)
+{
+    QList<ZBPlaylist *> doomed;
+    for (ZBPlaylist *playlist : m_context.playlists())
+    {
+        if (like(playlist->Name(), name))
+            doomed.append(playlist);
+    }
+    if (doomed.isEmpty())
+        return false;
+    for (ZBPlaylist *playlist : std::as_const(doomed))
+        m_context.deletePlaylist(playlist);
+    save();
+    return true;
+}
+
+QList<ZBItem *> ZBLibraryController::itemsLike(const QString &pattern,
+                                               QList<ZBItem *> (ZBObjectContext::*indexed)(const QString &),
+                                               const QString &key) const
+{
+    if (pattern.isNull())
+        return {};
+    if (!ZBTextFold::hasWildcards(pattern))
+        return (m_context.*indexed)(ZBTextFold::fold(pattern, true, true));
+    QList<ZBItem *> result;
+    for (ZBItem *item : m_context.items())
+    {
+        if (like(item->getUntypedValueByName(key).toString(), pattern))
+            result.append(item);
+    }
+    return result;
+}
+
+QString ZBLibraryController::addItemToLibrarybyName(const QString &name, const QString &path, const QString &url,
+                                                    const QString &type, qint32 rating, qint32 length,
+                                                    qint32 playCount, const QDateTime &added,
+                                                    const QDateTime &lastPlayed, const QString &sourcePage,
+                                                    const QString &proposedItemUUID)
+{
+    const QList<ZBItem *> existing = itemsLike(path, &ZBObjectContext::itemsWithFoldedPath, QStringLiteral("Path"));
+    if (!existing.isEmpty())
+        return existing.first()->ItemUUID();
+
+    ZBItem *item = m_context.insertItem();
+    const QString uuid = proposedItemUUID.isEmpty() ? ZBAdditionalMethods::generateUUID() : proposedItemUUID;
+    item->setItemUUID(uuid);
+    item->setName(name);
+    item->setPath(path);
+    item->setURL(url);
+    item->setType(type);
+    item->setRatingValue(rating);
+    item->setLengthValue(length);
+    item->setPlayCountValue(playCount);
+    item->setAdded(added);
+    item->setLastPlayed(lastPlayed);
+    item->setSourcePageTitle(sourcePage);
+    save();
+    return uuid;
+}
+
+std::optional<ZBItemList> ZBLibraryController::getItemsFromLibraryByUUID(const QString &uuid) const
+{
+    ZBItemList items = itemsLike(uuid, &ZBObjectContext::itemsWithFoldedUUID, QStringLiteral("ItemUUID"));
+    if (items.isEmpty())
+        return std::nullopt;
+    return items;
+}
+
+std::optional<ZBItemList> ZBLibraryController::getItemsFromLibraryByURL(const QString &url) const
+{
+    ZBItemList items = itemsLike(url, &ZBObjectContext::itemsWithFoldedURL, QStringLiteral("URL"));
+    if (items.isEmpty())
+        return std::nullopt;
+    return items;
+}
+
+ZBItem *ZBLibraryController::itemByUUID(const QString &uuid) const
+{
+    const auto items = getItemsFromLibraryByUUID(uuid);
+    return items ? items->first() : nullptr;
+}
+
+bool ZBLibraryController::removeItemFromLibraryByUUID(const QString &uuid)
+{
+    const auto items = getItemsFromLibraryByUUID(uuid);
+    if (!items)
+        return false;
+    for (ZBItem *item : *items)
+        m_context.deleteItem(item);
+    save();
+    return true;
+}
+
+const ZBPredicate &ZBLibraryController::cachedPredicate(const QString &request) const
+{
+    auto it = m_predicates.find(request);
+    if (it == m_predicates.end())
+    {
+        // Requests change rarely (the download filters once per start), so a
+        // small cache keyed by text never needs evicting in practice; cap it
+        // anyway against a caller that builds a new text per keystroke.
+        if (m_predicates.size() > 256)
+            m_predicates.clear();
+        it = m_predicates.insert(request, ZBPredicate::parse(request));
+        if (!it->isValid())
+            qCWarning(lcLibrary).noquote() << "Filter" << request << "selects nothing:" << it->errorString();
+    }
+    return *it;
+}
+
+ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPredicate &predicate)
+{
+    ZBItemList result;
+    if (!predicate.isValid())
+        return result;
+    for (ZBItem *item : items)
+    {
+        if (predicate.evaluate(*item))
+            result.append(item);
+    }
+    return result;
+}
+
+ZBItemList ZBLibraryController::itemsMatching(const QString &request) const
+{
+    return filterItems(m_context.items(), cachedPredicate(request));
+}
+
+ZBItemList ZBLibraryController::getItemsFromPlaylist(const ZBPlaylist *playlist) const
+{
+    if (!playlist)
+        return {};
+    if (!playlist->isSmart())
+        return playlist->Item();
+    // The browsing list has no request: the tree fills it with what the page
+    // loads, never from the library.
+    if (playlist->Request().trimmed().isEmpty())
+        return {};
+    return itemsMatching(playlist->Request());
+}
+
+bool ZBLibraryController::addItemWithUUID(const QString &uuid, ZBPlaylist *playlist)
+{
+    if (!playlist || playlist->isSmart())
+        return false;
+    ZBItem *item = itemByUUID(uuid);
+    if (!item)
+        return false;
+    for (const ZBItem *member : playlist->Item())
+    {
+        if (member->ItemUUID().compare(item->ItemUUID()) == 0)
+            return false;
+    }
+    m_context.addMember(playlist, item);
+    return save();
+}
+
+bool ZBLibraryController::removeItemWithUUID(const QString &uuid, ZBPlaylist *playlist)
+{
+    if (uuid.isNull() || !playlist)
+        return false;
+    ZBItem *item = itemByUUID(uuid);
+    if (!item)
+        return false;
+    m_context.removeMember(playlist, item);
+    save();
+    return true;
+}
+
+void ZBLibraryController::addType(const QString &name, const QString &typeID, const QString &url, bool isSupported)
+{
+    ZBType *type = m_context.insertType();
+    type->setName(name);
+    type->setID(typeID);
+    type->setURL(url);
+    type->setIsSupported(isSupported);
+    save();
+}
+
+void ZBLibraryController::addResourceWithPath(const QString &path, bool baseResource, ZBItem *item)
+{
+    if (!item || item->isDeleted())
+        return;
+    ZBResources *resource = m_context.insertResource(item);
+    resource->setPath(path);
+    resource->setMainFile(baseResource);
+    save();
+}
+
+QList<QVariantMap> ZBLibraryController::getResourcesFromBundle(const ZBItem *item) const
+{
+    QList<QVariantMap> result;
+    if (!item)
+        return result;
+    for (const ZBResources *resource : item->Resource())
+    {
+        result.append({{QStringLiteral("Base"), resource->mainFile().value_or(false) ? QStringLiteral("1")
+                                                                                     : QStringLiteral("0")},
+                       {QStringLiteral("Path"), resource->Path()}});
+    }
+    return result;
+}
+
+QByteArray ZBLibraryController::encodeItemsOrder(const QStringList &uuids)
+{
+    return QJsonDocument(QJsonArray::fromStringList(uuids)).toJson(QJsonDocument::Compact);
+}
+
+std::optional<QStringList> ZBLibraryController::decodeItemsOrder(const QByteArray &record)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(record, &error);
+    if (error.error != QJsonParseError::NoError || !document.isArray())
+        return std::nullopt;
+    QStringList uuids;
+    for (const QJsonValue &value : document.array())
+    {
+        if (!value.isString())
+            return std::nullopt;
+        uuids.append(value.toString());
+    }
+    return uuids;
+}
+
+void ZBLibraryController::saveItemsOrderForPlaylist(ZBPlaylist *playlist, const ZBItemList &tracks)
+{
+    if (!playlist)
+        return;
+    QStringList uuids;
+    uuids.reserve(tracks.size());
+    for (const ZBItem *item : tracks)
+        uuids.append(item->ItemUUID());
+    playlist->setInternalItemsOrder(encodeItemsOrder(uuids));
+    save();
+}
+
+ZBItemList ZBLibraryController::getItemsOrderForPlaylist(const ZBPlaylist *playlist, ZBItemList &tracks,
+                                                         bool appendRest) const
+{
+    if (!playlist || playlist->InternalItemsOrder().isEmpty())
+        return tracks;
+    const std::optional<QStringList> uuids = decodeItemsOrder(playlist->InternalItemsOrder());
+    if (!uuids)
+        return {};
+
+    ZBItemList result;
+    result.reserve(tracks.size());
+    QSet<ZBItem *> remaining(tracks.cbegin(), tracks.cend());
+    for (const QString &uuid : *uuids)
+    {
+        ZBItem *item = itemByUUID(uuid);
+        if (item && remaining.remove(item))
+            result.append(item);
+    }
+    ZBItemList rest;
+    for (ZBItem *item : std::as_const(tracks))
+    {
+        if (remaining.contains(item))
+            rest.append(item);
+    }
+    if (appendRest)
+    {
+        result.append(rest);
+        rest.clear();
+    }
+    tracks = rest;
+    return result;
+}
+
+ZBItemList ZBLibraryController::sortList(const ZBItemList &tracks, const QString &key, bool ascend)
+{
+    ZBItemList sorted = tracks;
+    if (isInvertedSortKey(key))
+    {
+        // Decorate once: reading a value through its key costs more than the
+        // comparison itself.
+        std::vector<std::pair<QVariant, ZBItem *>> decorated;
+        decorated.reserve(sorted.size());
+        for (ZBItem *item : std::as_const(sorted))
+            decorated.emplace_back(item->getUntypedValueByName(key), item);
+        std::stable_sort(decorated.begin(), decorated.end(), [ascend](const auto &a, const auto &b) {
+            const int order = compareValues(a.first, b.first);
+            return ascend ? order > 0 : order < 0;
+        });
+        for (qsizetype i = 0; i < sorted.size(); ++i)
+            sorted[i] = decorated[size_t(i)].second;
+        return sorted;
+    }
+
+    // Under the C locale (a bare session, a service) the collator compares code
+    // points and puts every capital first; the table wants a dictionary order.
+    const QLocale system = QLocale::system();
+    QCollator collator(system.language() == QLocale::C ? QLocale(QLocale::English) : system);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::vector<std::pair<QCollatorSortKey, ZBItem *>> decorated;
+    decorated.reserve(sorted.size());
+    for (ZBItem *item : std::as_const(sorted))
+        decorated.emplace_back(collator.sortKey(item->getUntypedValueByName(key).toString()), item);
+    std::stable_sort(decorated.begin(), decorated.end(), [ascend](const auto &a, const auto &b) {
+        const int order = a.first.compare(b.first);
+        return ascend ? order < 0 : order > 0;
+    });
+    for (qsizetype i = 0; i < sorted.size(); ++i)
+        sorted[i] = decorated[size_t(i)].second;
+    return sorted;
+}

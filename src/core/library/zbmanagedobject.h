@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QtGlobal>
+
+class ZBObjectContext;
+
+// A record of the library graph. Setters report to the owning context, which
+// writes every changed record in one transaction at the next save.
+class ZBManagedObject
+{
+public:
+    virtual ~ZBManagedObject() = default;
+
+    qint64 rowId() const { return m_rowId; }
+    // True once the record has been deleted from its context; callers that kept
+    // a pointer (a playback list, a table) can still read it but must skip it.
+    bool isDeleted() const { return m_deleted; }
+
+protected:
+    void didChange();
+    ZBObjectContext *context() const { return m_context; }
+
+private:
+    friend class ZBObjectContext;
+
+    ZBObjectContext *m_context = nullptr;
+    qint64 m_rowId = 0;
+    bool m_deleted = false;
+};

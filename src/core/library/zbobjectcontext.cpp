@@ -1,0 +1,678 @@
+#include "library/zbobjectcontext.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTimeZone>
+
+#include "predicate/zbtextfold.h"
+
+namespace
+{
+constexpr int SchemaVersion = 1;
+
+const char *const SchemaSql = R"SQL(
+CREATE TABLE IF NOT EXISTS ZBType(
+    Z_PK INTEGER PRIMARY KEY, Name TEXT, ID TEXT, URL TEXT, IsSupported INTEGER);
+CREATE TABLE IF NOT EXISTS ZBItem(
+    Z_PK INTEGER PRIMARY KEY, ItemUUID TEXT, Name TEXT, Path TEXT, URL TEXT, Type TEXT,
+    Rating INTEGER, Length INTEGER, PlayCount INTEGER, Added INTEGER, LastPlayed INTEGER,
+    SourcePageTitle TEXT, isValid INTEGER, isAvailable INTEGER,
+    rel_Type INTEGER REFERENCES ZBType(Z_PK) ON DELETE SET NULL);
+CREATE TABLE IF NOT EXISTS ZBPlaylist(
+    Z_PK INTEGER PRIMARY KEY, PlaylistUUID TEXT, Name TEXT, isSmart INTEGER NOT NULL DEFAULT 0,
+    Request TEXT, "Group" TEXT NOT NULL DEFAULT 'User', SortField TEXT, Ascend INTEGER,
+    SortOrder INTEGER, InternalItemsOrder BLOB);
+CREATE TABLE IF NOT EXISTS ZBPlaylistItem(
+    playlist INTEGER NOT NULL REFERENCES ZBPlaylist(Z_PK) ON DELETE CASCADE,
+    item INTEGER NOT NULL REFERENCES ZBItem(Z_PK) ON DELETE CASCADE,
+    position INTEGER NOT NULL,
+    PRIMARY KEY(playlist, item)) WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS ZBPlaylistItem_item ON ZBPlaylistItem(item);
+CREATE TABLE IF NOT EXISTS ZBResources(
+    Z_PK INTEGER PRIMARY KEY, item INTEGER REFERENCES ZBItem(Z_PK) ON DELETE CASCADE,
+    Path TEXT, mainFile INTEGER);
+CREATE INDEX IF NOT EXISTS ZBResources_item ON ZBResources(item);
+CREATE TABLE IF NOT EXISTS ZBBaseEntity(Z_PK INTEGER PRIMARY KEY, Name TEXT, Value TEXT);
+)SQL";
+
+void bindOptional(ZBSqliteStatement *stmt, int index, const std::optional<qint32> &value)
+{
+    if (value)
+        stmt->bind(index, qint64(*value));
+    else
+        stmt->bindNull(index);
+}
+
+void bindOptional(ZBSqliteStatement *stmt, int index, const std::optional<bool> &value)
+{
+    if (value)
+        stmt->bind(index, qint64(*value ? 1 : 0));
+    else
+        stmt->bindNull(index);
+}
+
+void bindDate(ZBSqliteStatement *stmt, int index, const QDateTime &value)
+{
+    if (value.isValid())
+        stmt->bind(index, value.toMSecsSinceEpoch());
+    else
+        stmt->bindNull(index);
+}
+
+std::optional<qint32> readInt(const ZBSqliteStatement *stmt, int column)
+{
+    if (stmt->isNull(column))
+        return std::nullopt;
+    return qint32(stmt->int64(column));
+}
+
+std::optional<bool> readBool(const ZBSqliteStatement *stmt, int column)
+{
+    if (stmt->isNull(column))
+        return std::nullopt;
+    return stmt->int64(column) != 0;
+}
+
+QDateTime readDate(const ZBSqliteStatement *stmt, int column)
+{
+    if (stmt->isNull(column))
+        return QDateTime();
+    return QDateTime::fromMSecsSinceEpoch(stmt->int64(column), Qt::UTC);
+}
+
+QString fold(const QString &value)
+{
+    return ZBTextFold::fold(value, true, true);
+}
+} // namespace
+
+void ZBManagedObject::didChange()
+{
+    if (m_context)
+        m_context->objectDidChange(this);
+}
+
+ZBObjectContext::ZBObjectContext() = default;
+
+ZBObjectContext::~ZBObjectContext() = default;
+
+ZBObjectContext::OpenResult ZBObjectContext::open(const QString &filePath)
+{
+    clear();
+    OpenResult result;
+    const QFileInfo info(filePath);
+    if (!QDir().mkpath(info.absolutePath()))
+    {
+        result.error = QStringLiteral("Cannot create the folder %1").arg(info.absolutePath());
+        return result;
+    }
+
+    const auto status = m_db.open(filePath, [this](ZBSqliteDatabase &db) { return prepare(db); });
+    switch (status)
+    {
+        case ZBSqliteDatabase::OpenStatus::Opened:
+            result.ok = true;
+            break;
+        case ZBSqliteDatabase::OpenStatus::RecoveredFromDamage:
+            result.ok = true;
+            result.recoveredFromDamage = true;
+            result.quarantinedPath = m_db.quarantinedPath();
+            result.error = m_db.lastError();
+            break;
+        case ZBSqliteDatabase::OpenStatus::Failed:
+            result.error = m_db.lastError();
+            clear();
+            break;
+    }
+    return result;
+}
+
+bool ZBObjectContext::prepare(ZBSqliteDatabase &db)
+{
+    clear();
+    const int version = db.userVersion();
+    if (version < 0)
+        return false;
+    if (version > SchemaVersion)
+    {
+        // Written by a newer program: reading it could lose what we don't
+        // understand, and it is not damaged, so it must not be moved aside.
+        db.noteResult(1);
+        return false;
+    }
+    if (version < SchemaVersion && !createSchema(db))
+        return false;
+    return load(db);
+}
+
+bool ZBObjectContext::createSchema(ZBSqliteDatabase &db)
+{
+    if (!db.begin())
+        return false;
+    if (!db.exec(QString::fromUtf8(SchemaSql))
+        || !db.exec(QStringLiteral("PRAGMA user_version = %1").arg(SchemaVersion)) || !db.commit())
+    {
+        db.rollback();
+        return false;
+    }
+    return true;
+}
+
+template <typename T>
+T *ZBObjectContext::adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId)
+{
+    T *raw = record.get();
+    raw->m_context = this;
+    raw->m_rowId = rowId;
+    m_nextRowId = std::max(m_nextRowId, rowId + 1);
+    list.append(raw);
+    m_owned.push_back(std::move(record));
+    return raw;
+}
+
+bool ZBObjectContext::load(ZBSqliteDatabase &db)
+{
+    // One read transaction, so the graph comes from a single consistent moment
+    // even while the command-line tool writes.
+    if (!db.exec(QStringLiteral("BEGIN")))
+        return false;
+    auto fail = [&db]() {
+        db.rollback();
+        return false;
+    };
+
+    QHash<qint64, ZBType *> typesById;
+    ZBSqliteStatement *stmt = db.statement("SELECT Z_PK, Name, ID, URL, IsSupported FROM ZBType");
+    if (!stmt)
+        return fail();
+    while (stmt->step())
+    {
+        auto type = std::make_unique<ZBType>();
+        type->m_Name = stmt->text(1);
+        type->m_ID = stmt->text(2);
+        type->m_URL = stmt->text(3);
+        type->m_IsSupported = readBool(stmt, 4);
+        ZBType *raw = adopt(std::move(type), m_types, stmt->int64(0));
+        typesById.insert(raw->rowId(), raw);
+    }
+    if (!stmt->ok())
+        return fail();
+
+    QHash<qint64, ZBItem *> itemsById;
+    stmt = db.statement("SELECT Z_PK, ItemUUID, Name, Path, URL, Type, Rating, Length, PlayCount, Added, LastPlayed, "
+                        "SourcePageTitle, isValid, isAvailable, rel_Type FROM ZBItem");
+    if (!stmt)
+        return fail();
+    while (stmt->step())
+    {
+        auto item = std::make_unique<ZBItem>();
+        item->m_ItemUUID = stmt->text(1);
+        item->m_Name = stmt->text(2);
+        item->m_Path = stmt->text(3);
+        item->m_URL = stmt->text(4);
+        item->m_Type = stmt->text(5);
+        item->m_Rating = readInt(stmt, 6);
+        item->m_Length = readInt(stmt, 7);
+        item->m_PlayCount = readInt(stmt, 8);
+        item->m_Added = readDate(stmt, 9);
+        item->m_LastPlayed = readDate(stmt, 10);
+        item->m_SourcePageTitle = stmt->text(11);
+        item->m_isValid = readBool(stmt, 12);
+        item->m_isAvailable = readBool(stmt, 13);
+        if (!stmt->isNull(14))
+        {
+            if (ZBType *type = typesById.value(stmt->int64(14)))
+            {
+                item->m_relType = type;
+                type->m_items.append(item.get());
+            }
+        }
+        ZBItem *raw = adopt(std::move(item), m_items, stmt->int64(0));
+        itemsById.insert(raw->rowId(), raw);
+    }
+    if (!stmt->ok())
+        return fail();
+    m_items.squeeze();
+
+    QHash<qint64, ZBPlaylist *> playlistsById;
+    stmt = db.statement("SELECT Z_PK, PlaylistUUID, Name, isSmart, Request, \"Group\", SortField, Ascend, SortOrder, "
+                        "InternalItemsOrder FROM ZBPlaylist");
+    if (!stmt)
+        return fail();
+    while (stmt->step())
+    {
+        auto playlist = std::make_unique<ZBPlaylist>();
+        playlist->m_PlaylistUUID = stmt->text(1);
+        playlist->m_Name = stmt->text(2);
+        playlist->m_isSmart = stmt->int64(3) != 0;
+        playlist->m_Request = stmt->text(4);
+        playlist->m_Group = stmt->text(5);
+        playlist->m_SortField = stmt->text(6);
+        playlist->m_Ascend = readBool(stmt, 7);
+        playlist->m_SortOrder = readInt(stmt, 8);
+        playlist->m_InternalItemsOrder = stmt->blob(9);
+        ZBPlaylist *raw = adopt(std::move(playlist), m_playlists, stmt->int64(0));
+        playlistsById.insert(raw->rowId(), raw);
+    }
+    if (!stmt->ok())
+        return fail();
+
+    stmt = db.statement("SELECT playlist, item, position FROM ZBPlaylistItem ORDER BY playlist, position");
+    if (!stmt)
+        return fail();
+    while (stmt->step())
+    {
+        ZBPlaylist *playlist = playlistsById.value(stmt->int64(0));
+        ZBItem *item = itemsById.value(stmt->int64(1));
+        m_nextRowId = std::max(m_nextRowId, stmt->int64(2) + 1);
+        if (!playlist || !item)
+            continue;
+        playlist->m_items.append(item);
+        item->m_playlists.append(playlist);
+    }
+    if (!stmt->ok())
+        return fail();
+
+    stmt = db.statement("SELECT Z_PK, item, Path, mainFile FROM ZBResources");
+    if (!stmt)
+        return fail();
+    while (stmt->step())
+    {
+        auto resource = std::make_unique<ZBResources>();
+        resource->m_Path = stmt->text(2);
+        resource->m_mainFile = readBool(stmt, 3);
+        ZBItem *owner = itemsById.value(stmt->int64(1));
+        resource->m_item = owner;
+        ZBResources *raw = adopt(std::move(resource), m_resources, stmt->int64(0));
+        if (owner)
+            owner->m_resources.append(raw);
+    }
+    if (!stmt->ok())
+        return fail();
+
+    stmt = db.statement("SELECT Z_PK, Name, Value FROM ZBBaseEntity");
+    if (!stmt)
+        return fail();
+    while (stmt->step())
+    {
+        auto entity = std::make_unique<ZBBaseEntity>();
+        entity->m_Name = stmt->text(1);
+        entity->m_Value = stmt->text(2);
+        adopt(std::move(entity), m_baseEntities, stmt->int64(0));
+    }
+    if (!stmt->ok())
+        return fail();
+
+    db.exec(QStringLiteral("COMMIT"));
+    rebuildIndexes();
+    return true;
+}
+
+void ZBObjectContext::clear()
+{
+    m_items.clear();
+    m_playlists.clear();
+    m_types.clear();
+    m_resources.clear();
+    m_baseEntities.clear();
+    m_byUUID.clear();
+    m_byPath.clear();
+    m_byURL.clear();
+    m_changed.clear();
+    m_changeOrder.clear();
+    m_deleted.clear();
+    m_membersAdded.clear();
+    m_membersRemoved.clear();
+    m_owned.clear();
+    m_nextRowId = 1;
+    m_indexesStale = false;
+}
+
+void ZBObjectContext::indexItem(ZBItem *item)
+{
+    m_byUUID.insert(fold(item->m_ItemUUID), item);
+    m_byPath.insert(fold(item->m_Path), item);
+    m_byURL.insert(fold(item->m_URL), item);
+}
+
+void ZBObjectContext::rebuildIndexes()
+{
+    m_byUUID.clear();
+    m_byPath.clear();
+    m_byURL.clear();
+    m_byUUID.reserve(m_items.size());
+    m_byPath.reserve(m_items.size());
+    m_byURL.reserve(m_items.size());
+    for (ZBItem *item : std::as_const(m_items))
+        indexItem(item);
+    m_indexesStale = false;
+}
+
+QList<ZBItem *> ZBObjectContext::itemsWithFoldedUUID(const QString &folded)
+{
+    if (m_indexesStale)
+        rebuildIndexes();
+    return m_byUUID.values(folded);
+}
+
+QList<ZBItem *> ZBObjectContext::itemsWithFoldedPath(const QString &folded)
+{
+    if (m_indexesStale)
+        rebuildIndexes();
+    return m_byPath.values(folded);
+}
+
+QList<ZBItem *> ZBObjectContext::itemsWithFoldedURL(const QString &folded)
+{
+    if (m_indexesStale)
+        rebuildIndexes();
+    return m_byURL.values(folded);
+}
+
+ZBItem *ZBObjectContext::insertItem()
+{
+    ZBItem *item = adopt(std::make_unique<ZBItem>(), m_items, m_nextRowId);
+    objectDidChange(item);
+    if (!m_indexesStale)
+        indexItem(item);
+    return item;
+}
+
+ZBPlaylist *ZBObjectContext::insertPlaylist()
+{
+    ZBPlaylist *playlist = adopt(std::make_unique<ZBPlaylist>(), m_playlists, m_nextRowId);
+    objectDidChange(playlist);
+    return playlist;
+}
+
+ZBType *ZBObjectContext::insertType()
+{
+    ZBType *type = adopt(std::make_unique<ZBType>(), m_types, m_nextRowId);
+    objectDidChange(type);
+    return type;
+}
+
+ZBResources *ZBObjectContext::insertResource(ZBItem *owner)
+{
+    ZBResources *resource = adopt(std::make_unique<ZBResources>(), m_resources, m_nextRowId);
+    resource->m_item = owner;
+    if (owner)
+        owner->m_resources.append(resource);
+    objectDidChange(resource);
+    return resource;
+}
+
+ZBBaseEntity *ZBObjectContext::insertBaseEntity()
+{
+    ZBBaseEntity *entity = adopt(std::make_unique<ZBBaseEntity>(), m_baseEntities, m_nextRowId);
+    objectDidChange(entity);
+    return entity;
+}
+
+void ZBObjectContext::deleteItem(ZBItem *item)
+{
+    if (!item || item->m_deleted)
+        return;
+    for (ZBPlaylist *playlist : std::as_const(item->m_playlists))
+    {
+        playlist->m_items.removeOne(item);
+        m_membersAdded.remove({playlist->rowId(), item->rowId()});
+    }
+    item->m_playlists.clear();
+    for (ZBResources *resource : std::as_const(item->m_resources))
+    {
+        resource->m_deleted = true;
+        m_resources.removeOne(resource);
+    }
+    if (item->m_relType)
+        item->m_relType->m_items.removeOne(item);
+    item->m_deleted = true;
+    m_items.removeOne(item);
+    m_deleted.append(item);
+    m_indexesStale = true;
+}
+
+void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)
+{
+    if (!playlist || playlist->m_deleted)
+        return;
+    for (ZBItem *item : std::as_const(playlist->m_items))
+    {
+        item->m_playlists.removeOne(playlist);
+        m_membersAdded.remove({playlist->rowId(), item->rowId()});
+    }
+    playlist->m_items.clear();
+    playlist->m_deleted = true;
+    m_playlists.removeOne(playlist);
+    m_deleted.append(playlist);
+}
+
+void ZBObjectContext::addMember(ZBPlaylist *playlist, ZBItem *item)
+{
+    if (playlist->m_items.contains(item))
+        return;
+    playlist->m_items.append(item);
+    item->m_playlists.append(playlist);
+    const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
+    if (!m_membersRemoved.remove(key))
+        m_membersAdded.insert(key);
+}
+
+void ZBObjectContext::removeMember(ZBPlaylist *playlist, ZBItem *item)
+{
+    if (!playlist->m_items.removeOne(item))
+        return;
+    item->m_playlists.removeOne(playlist);
+    const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
+    if (!m_membersAdded.remove(key))
+        m_membersRemoved.insert(key);
+}
+
+void ZBObjectContext::objectDidChange(ZBManagedObject *object)
+{
+    if (m_changed.contains(object))
+        return;
+    m_changed.insert(object);
+    m_changeOrder.append(object);
+}
+
+bool ZBObjectContext::hasChanges() const
+{
+    return !m_changeOrder.isEmpty() || !m_deleted.isEmpty() || !m_membersAdded.isEmpty()
+           || !m_membersRemoved.isEmpty();
+}
+
+bool ZBObjectContext::save()
+{
+    if (!m_db.isOpen())
+    {
+        m_lastError = QStringLiteral("the library is not open");
+        return false;
+    }
+    if (!hasChanges())
+        return true;
+    if (!m_db.begin())
+    {
+        m_lastError = m_db.lastError();
+        return false;
+    }
+    if (!writeChanges() || !m_db.commit())
+    {
+        // Nothing of this save reached the file; the changes stay pending and
+        // the next save tries them again.
+        m_lastError = m_db.lastError();
+        m_db.rollback();
+        return false;
+    }
+    m_changed.clear();
+    m_changeOrder.clear();
+    m_deleted.clear();
+    m_membersAdded.clear();
+    m_membersRemoved.clear();
+    return true;
+}
+
+bool ZBObjectContext::writeChanges()
+{
+    for (ZBManagedObject *object : std::as_const(m_changeOrder))
+    {
+        if (object->m_deleted)
+            continue;
+        bool ok = true;
+        if (auto *item = dynamic_cast<ZBItem *>(object))
+            ok = writeItem(item);
+        else if (auto *playlist = dynamic_cast<ZBPlaylist *>(object))
+            ok = writePlaylist(playlist);
+        else if (auto *type = dynamic_cast<ZBType *>(object))
+            ok = writeType(type);
+        else if (auto *resource = dynamic_cast<ZBResources *>(object))
+            ok = writeResource(resource);
+        else if (auto *entity = dynamic_cast<ZBBaseEntity *>(object))
+            ok = writeBaseEntity(entity);
+        if (!ok)
+            return false;
+    }
+    for (ZBManagedObject *object : std::as_const(m_deleted))
+    {
+        if (!writeDeletion(object))
+            return false;
+    }
+    ZBSqliteStatement *stmt = m_db.statement("DELETE FROM ZBPlaylistItem WHERE playlist = ?1 AND item = ?2");
+    if (!stmt)
+        return false;
+    for (const auto &pair : std::as_const(m_membersRemoved))
+    {
+        stmt->bind(1, pair.first);
+        stmt->bind(2, pair.second);
+        if (!stmt->run())
+            return false;
+    }
+    stmt = m_db.statement("INSERT OR IGNORE INTO ZBPlaylistItem(playlist, item, position) VALUES(?1, ?2, ?3)");
+    if (!stmt)
+        return false;
+    for (const auto &pair : std::as_const(m_membersAdded))
+    {
+        stmt->bind(1, pair.first);
+        stmt->bind(2, pair.second);
+        stmt->bind(3, m_nextRowId++);
+        if (!stmt->run())
+            return false;
+    }
+    return true;
+}
+
+bool ZBObjectContext::writeItem(ZBItem *item)
+{
+    ZBSqliteStatement *stmt = m_db.statement(
+        "INSERT INTO ZBItem(Z_PK, ItemUUID, Name, Path, URL, Type, Rating, Length, PlayCount, Added, LastPlayed, "
+        "SourcePageTitle, isValid, isAvailable, rel_Type) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, "
+        "?13, ?14, ?15) ON CONFLICT(Z_PK) DO UPDATE SET ItemUUID = excluded.ItemUUID, Name = excluded.Name, "
+        "Path = excluded.Path, URL = excluded.URL, Type = excluded.Type, Rating = excluded.Rating, "
+        "Length = excluded.Length, PlayCount = excluded.PlayCount, Added = excluded.Added, "
+        "LastPlayed = excluded.LastPlayed, SourcePageTitle = excluded.SourcePageTitle, isValid = excluded.isValid, "
+        "isAvailable = excluded.isAvailable, rel_Type = excluded.rel_Type");
+    if (!stmt)
+        return false;
+    stmt->bind(1, item->rowId());
+    stmt->bind(2, item->m_ItemUUID);
+    stmt->bind(3, item->m_Name);
+    stmt->bind(4, item->m_Path);
+    stmt->bind(5, item->m_URL);
+    stmt->bind(6, item->m_Type);
+    bindOptional(stmt, 7, item->m_Rating);
+    bindOptional(stmt, 8, item->m_Length);
+    bindOptional(stmt, 9, item->m_PlayCount);
+    bindDate(stmt, 10, item->m_Added);
+    bindDate(stmt, 11, item->m_LastPlayed);
+    stmt->bind(12, item->m_SourcePageTitle);
+    bindOptional(stmt, 13, item->m_isValid);
+    bindOptional(stmt, 14, item->m_isAvailable);
+    if (item->m_relType && !item->m_relType->m_deleted)
+        stmt->bind(15, item->m_relType->rowId());
+    else
+        stmt->bindNull(15);
+    return stmt->run();
+}
+
+bool ZBObjectContext::writePlaylist(ZBPlaylist *playlist)
+{
+    ZBSqliteStatement *stmt = m_db.statement(
+        "INSERT INTO ZBPlaylist(Z_PK, PlaylistUUID, Name, isSmart, Request, \"Group\", SortField, Ascend, SortOrder, "
+        "InternalItemsOrder) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10) ON CONFLICT(Z_PK) DO UPDATE SET "
+        "PlaylistUUID = excluded.PlaylistUUID, Name = excluded.Name, isSmart = excluded.isSmart, "
+        "Request = excluded.Request, \"Group\" = excluded.\"Group\", SortField = excluded.SortField, "
+        "Ascend = excluded.Ascend, SortOrder = excluded.SortOrder, InternalItemsOrder = excluded.InternalItemsOrder");
+    if (!stmt)
+        return false;
+    stmt->bind(1, playlist->rowId());
+    stmt->bind(2, playlist->m_PlaylistUUID);
+    stmt->bind(3, playlist->m_Name);
+    stmt->bind(4, qint64(playlist->m_isSmart ? 1 : 0));
+    stmt->bind(5, playlist->m_Request);
+    stmt->bind(6, playlist->m_Group.isNull() ? QStringLiteral("User") : playlist->m_Group);
+    stmt->bind(7, playlist->m_SortField);
+    bindOptional(stmt, 8, playlist->m_Ascend);
+    bindOptional(stmt, 9, playlist->m_SortOrder);
+    stmt->bind(10, playlist->m_InternalItemsOrder);
+    return stmt->run();
+}
+
+bool ZBObjectContext::writeType(ZBType *type)
+{
+    ZBSqliteStatement *stmt = m_db.statement(
+        "INSERT INTO ZBType(Z_PK, Name, ID, URL, IsSupported) VALUES(?1, ?2, ?3, ?4, ?5) ON CONFLICT(Z_PK) DO UPDATE SET "
+        "Name = excluded.Name, ID = excluded.ID, URL = excluded.URL, IsSupported = excluded.IsSupported");
+    if (!stmt)
+        return false;
+    stmt->bind(1, type->rowId());
+    stmt->bind(2, type->m_Name);
+    stmt->bind(3, type->m_ID);
+    stmt->bind(4, type->m_URL);
+    bindOptional(stmt, 5, type->m_IsSupported);
+    return stmt->run();
+}
+
+bool ZBObjectContext::writeResource(ZBResources *resource)
+{
+    ZBSqliteStatement *stmt =
+        m_db.statement("INSERT INTO ZBResources(Z_PK, item, Path, mainFile) VALUES(?1, ?2, ?3, ?4) ON CONFLICT(Z_PK) DO "
+                       "UPDATE SET item = excluded.item, Path = excluded.Path, mainFile = excluded.mainFile");
+    if (!stmt)
+        return false;
+    stmt->bind(1, resource->rowId());
+    if (resource->m_item)
+        stmt->bind(2, resource->m_item->rowId());
+    else
+        stmt->bindNull(2);
+    stmt->bind(3, resource->m_Path);
+    bindOptional(stmt, 4, resource->m_mainFile);
+    return stmt->run();
+}
+
+bool ZBObjectContext::writeBaseEntity(ZBBaseEntity *entity)
+{
+    ZBSqliteStatement *stmt = m_db.statement("INSERT INTO ZBBaseEntity(Z_PK, Name, Value) VALUES(?1, ?2, ?3) ON "
+                                             "CONFLICT(Z_PK) DO UPDATE SET Name = excluded.Name, Value = excluded.Value");
+    if (!stmt)
+        return false;
+    stmt->bind(1, entity->rowId());
+    stmt->bind(2, entity->Name());
+    stmt->bind(3, entity->Value());
+    return stmt->run();
+}
+
+bool ZBObjectContext::writeDeletion(ZBManagedObject *object)
+{
+    const char *sql = nullptr;
+    if (dynamic_cast<ZBItem *>(object))
+        sql = "DELETE FROM ZBItem WHERE Z_PK = ?1";
+    else if (dynamic_cast<ZBPlaylist *>(object))
+        sql = "DELETE FROM ZBPlaylist WHERE Z_PK = ?1";
+    else
+        return true;
+    ZBSqliteStatement *stmt = m_db.statement(sql);
+    if (!stmt)
+        return false;
+    stmt->bind(1, object->rowId());
+    return stmt->run();
+}

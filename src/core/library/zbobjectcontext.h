@@ -1,0 +1,120 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+#include "library/zbbaseentity.h"
+#include "library/zbitem.h"
+#include "library/zbplaylist.h"
+#include "library/zbresources.h"
+#include "library/zbtype.h"
+#include "util/zbsqlitedatabase.h"
+
+// The library graph held in memory and the file that keeps it. Records are
+// created, changed and deleted here; save() writes every change since the last
+// save in one transaction. Every record is loaded at open, so queries never
+// touch the disk.
+//
+// Deleted records stay allocated until the context goes away, so a pointer
+// held by a list on screen never dangles; isDeleted() tells them apart.
+class ZBObjectContext
+{
+public:
+    struct OpenResult
+    {
+        bool ok = false;
+        // The file could not be read and was moved aside to quarantinedPath;
+        // the library now starts empty.
+        bool recoveredFromDamage = false;
+        QString quarantinedPath;
+        QString error;
+    };
+
+    ZBObjectContext();
+    ~ZBObjectContext();
+    ZBObjectContext(const ZBObjectContext &) = delete;
+    ZBObjectContext &operator=(const ZBObjectContext &) = delete;
+
+    OpenResult open(const QString &filePath);
+    bool isOpen() const { return m_db.isOpen(); }
+    QString filePath() const { return m_db.path(); }
+    ZBSqliteDatabase &database() { return m_db; }
+
+    ZBItem *insertItem();
+    ZBPlaylist *insertPlaylist();
+    ZBType *insertType();
+    ZBResources *insertResource(ZBItem *owner);
+    ZBBaseEntity *insertBaseEntity();
+
+    // Deleting a track takes it out of every playlist and drops its resources;
+    // deleting a playlist leaves its tracks alone.
+    void deleteItem(ZBItem *item);
+    void deletePlaylist(ZBPlaylist *playlist);
+
+    void addMember(ZBPlaylist *playlist, ZBItem *item);
+    void removeMember(ZBPlaylist *playlist, ZBItem *item);
+
+    const QList<ZBItem *> &items() const { return m_items; }
+    const QList<ZBPlaylist *> &playlists() const { return m_playlists; }
+    const QList<ZBType *> &types() const { return m_types; }
+    const QList<ZBBaseEntity *> &baseEntities() const { return m_baseEntities; }
+
+    // Exact lookups on case- and diacritic-folded values; the controller
+    // answers wildcard patterns by scanning instead.
+    QList<ZBItem *> itemsWithFoldedUUID(const QString &folded);
+    QList<ZBItem *> itemsWithFoldedPath(const QString &folded);
+    QList<ZBItem *> itemsWithFoldedURL(const QString &folded);
+
+    bool hasChanges() const;
+    bool save();
+    QString lastError() const { return m_lastError; }
+
+    // Called by the records' setters.
+    void objectDidChange(ZBManagedObject *object);
+    void itemKeysDidChange() { m_indexesStale = true; }
+
+private:
+    bool prepare(ZBSqliteDatabase &db);
+    bool createSchema(ZBSqliteDatabase &db);
+    bool load(ZBSqliteDatabase &db);
+    void clear();
+    template <typename T>
+    T *adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId);
+    void rebuildIndexes();
+    void indexItem(ZBItem *item);
+    bool writeChanges();
+    bool writeItem(ZBItem *item);
+    bool writePlaylist(ZBPlaylist *playlist);
+    bool writeType(ZBType *type);
+    bool writeResource(ZBResources *resource);
+    bool writeBaseEntity(ZBBaseEntity *entity);
+    bool writeDeletion(ZBManagedObject *object);
+
+    ZBSqliteDatabase m_db;
+    std::vector<std::unique_ptr<ZBManagedObject>> m_owned;
+    QList<ZBItem *> m_items;
+    QList<ZBPlaylist *> m_playlists;
+    QList<ZBType *> m_types;
+    QList<ZBResources *> m_resources;
+    QList<ZBBaseEntity *> m_baseEntities;
+    qint64 m_nextRowId = 1;
+
+    QMultiHash<QString, ZBItem *> m_byUUID;
+    QMultiHash<QString, ZBItem *> m_byPath;
+    QMultiHash<QString, ZBItem *> m_byURL;
+    bool m_indexesStale = false;
+
+    // What the next save writes. Sets, since a record changed twice is written
+    // once; memberships as (playlist row, item row) pairs.
+    QSet<ZBManagedObject *> m_changed;
+    QList<ZBManagedObject *> m_changeOrder;
+    QList<ZBManagedObject *> m_deleted;
+    QSet<QPair<qint64, qint64>> m_membersAdded;
+    QSet<QPair<qint64, qint64>> m_membersRemoved;
+    QString m_lastError;
+};

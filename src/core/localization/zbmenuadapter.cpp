@@ -1,0 +1,4 @@
+#include "localization/zbmenuadapter.h"
+
+// Defined here so that the vtable has one home.
+ZBMenuAdapter::~ZBMenuAdapter() = default;

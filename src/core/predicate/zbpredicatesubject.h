@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+// What a filter text is evaluated against. A library track implements it; tests
+// may use a plain map.
+//
+// valueForKeyPath() answers a plain attribute key ("Name", "Added") or a dotted
+// path. A path that crosses a to-many relationship ("Playlist.PlaylistUUID")
+// answers a QVariantList with one value per related record. Absent values are
+// an invalid QVariant. Dates are QDateTime, numbers int/qint64/double, booleans
+// bool, text QString.
+class ZBPredicateSubject
+{
+public:
+    virtual ~ZBPredicateSubject() = default;
+
+    virtual QVariant valueForKeyPath(const QString &keyPath) const = 0;
+
+    // The text value of a plain key folded the way ZBTextFold::fold() does for
+    // these flags. Subjects that are evaluated often (tracks) cache the result;
+    // the default folds on every call.
+    //
+    // A null QString (isNull()) means "no text here": the value is absent, a
+    // list, or a kind the subject does not keep as text. The evaluator then
+    // falls back to valueForKeyPath(), so answering null is always safe; an
+    // empty text that is present should be an empty but non-null string.
+    virtual QString foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const;
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QVariant>
+
+#include <array>
+
+#include "predicate/zbpredicatesubject.h"
+
+// A predicate subject backed by a plain map of values: records read from a
+// playlist file, captured resources, tests and benchmarks.
+//
+// A dotted key path walks into nested maps; when it meets a list, the rest of
+// the path is applied to every element and the answer is the list of results
+// (so "Playlist.PlaylistUUID" over a list of playlist maps answers their
+// UUIDs). Folded texts are computed on demand, or once for all text values by
+// cacheFoldedValues() when the subject will be evaluated many times.
+class ZBVariantMapSubject : public ZBPredicateSubject
+{
+public:
+    ZBVariantMapSubject() = default;
+    explicit ZBVariantMapSubject(const QVariantHash &values);
+
+    const QVariantHash &values() const { return m_values; }
+    QVariant value(const QString &key) const { return m_values.value(key); }
+    void setValue(const QString &key, const QVariant &value);
+    void removeValue(const QString &key);
+
+    // Folds every top-level text value for the three flag combinations. Later
+    // setValue() calls keep the cache in step.
+    void cacheFoldedValues();
+
+    QVariant valueForKeyPath(const QString &keyPath) const override;
+    QString foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const override;
+
+    // The key path walk on any value, for callers without a subject.
+    static QVariant valueForKeyPath(const QVariant &root, QStringView keyPath);
+
+private:
+    using FoldedTexts = std::array<QString, 4>; // index: case | diacritics << 1
+
+    static FoldedTexts foldAll(const QString &text);
+
+    QVariantHash m_values;
+    QHash<QString, FoldedTexts> m_folded;
+    bool m_cacheFolds = false;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+class ZBLibraryController;
+
+// The commands of norvikctl, each over the same library core the player uses.
+// Every command returns the process exit code; errors go to `err`.
+class ZBCtlCommands
+{
+public:
+    ZBCtlCommands(ZBLibraryController &library, QTextStream &out, QTextStream &err);
+
+    int run(const QString &command, const QStringList &arguments);
+    static QString usage();
+
+private:
+    int lists(const QStringList &arguments);
+    int addTrack(const QStringList &arguments);
+    int list(const QStringList &arguments);
+    int addPlaylist(const QStringList &arguments);
+    int addSmart(const QStringList &arguments);
+    int addToPlaylist(const QStringList &arguments);
+    int removeTrack(const QStringList &arguments);
+    int query(const QStringList &arguments);
+    int check(const QStringList &arguments);
+
+    int fail(const QString &message);
+    class ZBPlaylist *findList(const QString &nameOrUUID);
+    void printTracks(const QList<class ZBItem *> &tracks, bool json);
+
+    ZBLibraryController &m_library;
+    QTextStream &m_out;
+    QTextStream &m_err;
+};

@@ -1,0 +1,48 @@
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <cstdio>
+
+#include "ctl/ctlcommands.h"
+#include "library/zblibrarycontroller.h"
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
+    QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));
+
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    QStringList arguments = app.arguments().mid(1);
+    QString dataDir;
+    if (arguments.size() >= 2 && arguments.first() == u"--data-dir")
+    {
+        dataDir = arguments.at(1);
+        arguments = arguments.mid(2);
+    }
+    if (arguments.isEmpty() || arguments.first() == u"--help" || arguments.first() == u"-h")
+    {
+        (arguments.isEmpty() ? err : out) << ZBCtlCommands::usage();
+        return arguments.isEmpty() ? 2 : 0;
+    }
+
+    ZBLibraryController library;
+    const ZBObjectContext::OpenResult opened = library.openStore(dataDir);
+    if (!opened.ok)
+    {
+        err << "norvikctl: the library cannot be opened: " << opened.error << Qt::endl;
+        return 1;
+    }
+    if (opened.recoveredFromDamage)
+    {
+        // Scripts must notice: a fresh, empty library now stands where theirs was.
+        err << "norvikctl: the library file was damaged (" << opened.error << "). It was kept as "
+            << opened.quarantinedPath << " and a new, empty library was started." << Qt::endl;
+        return 3;
+    }
+    library.initLibrary();
+
+    ZBCtlCommands commands(library, out, err);
+    return commands.run(arguments.first(), arguments.mid(1));
+}

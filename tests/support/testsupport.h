@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+// Small helpers shared by the test executables.
+namespace nvktest
+{
+// A throw-away folder that also serves as the application's data folder, so a
+// test never touches the real library of the user running it.
+class DataDir
+{
+public:
+    DataDir();
+    QString path() const { return m_dir.path(); }
+    QString filePath(const QString &name) const { return m_dir.filePath(name); }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+// Folder of the built executables (norvikctl, test helpers).
+QString binaryPath(const QString &name);
+} // namespace nvktest
