@@ -520,6 +520,19 @@
         <translation>The file cannot be read or is not a Norvik Player playlist. Nothing was added to the library.</translation>
     </message>
     <message>
+        <source>alertLibraryCannotOpenMessage</source>
+        <translation>Your library cannot be opened. Nothing in it was changed; please check that the folder can be read and written, then start Norvik Player again.</translation>
+    </message>
+    <message>
+        <source>alertLibraryDamagedMessage</source>
+        <translation>Your library file was damaged and could not be read, so a new, empty library was started.
+
+The damaged file was kept unchanged as:
+%1
+
+(%2)</translation>
+    </message>
+    <message>
         <source>alertDeletePlaylistFromLibraryMessage</source>
         <translation>Delete this playlist?</translation>
     </message>

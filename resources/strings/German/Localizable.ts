@@ -520,6 +520,19 @@
         <translation>Die Datei ist nicht lesbar oder keine Wiedergabeliste von Norvik Player. Der Mediathek wurde nichts hinzugefügt.</translation>
     </message>
     <message>
+        <source>alertLibraryCannotOpenMessage</source>
+        <translation>Ihre Mediathek kann nicht geöffnet werden. Es wurde nichts daran verändert; bitte prüfen Sie, ob der Ordner lesbar und beschreibbar ist, und starten Sie Norvik Player erneut.</translation>
+    </message>
+    <message>
+        <source>alertLibraryDamagedMessage</source>
+        <translation>Ihre Mediathek-Datei war beschädigt und konnte nicht gelesen werden, daher wurde eine neue, leere Mediathek angelegt.
+
+Die beschädigte Datei wurde unverändert aufbewahrt unter:
+%1
+
+(%2)</translation>
+    </message>
+    <message>
         <source>alertDeletePlaylistFromLibraryMessage</source>
         <translation>Diese Wiedergabeliste löschen?</translation>
     </message>

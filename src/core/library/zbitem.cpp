@@ -69,11 +69,12 @@ void ZBItem::forgetFolds(int field)
 
 void ZBItem::setItemUUID(const QString &value)
 {
-    if (!assign(m_ItemUUID, value))
+    if (m_ItemUUID == value && m_ItemUUID.isNull() == value.isNull())
         return;
-    forgetFolds(ItemUUIDField);
     if (context())
-        context()->itemKeysDidChange();
+        context()->itemKeyWillChange(this, QStringLiteral("ItemUUID"), m_ItemUUID, value);
+    m_ItemUUID = value;
+    forgetFolds(ItemUUIDField);
     didChange();
 }
 
@@ -87,21 +88,23 @@ void ZBItem::setName(const QString &value)
 
 void ZBItem::setPath(const QString &value)
 {
-    if (!assign(m_Path, value))
+    if (m_Path == value && m_Path.isNull() == value.isNull())
         return;
-    forgetFolds(PathField);
     if (context())
-        context()->itemKeysDidChange();
+        context()->itemKeyWillChange(this, QStringLiteral("Path"), m_Path, value);
+    m_Path = value;
+    forgetFolds(PathField);
     didChange();
 }
 
 void ZBItem::setURL(const QString &value)
 {
-    if (!assign(m_URL, value))
+    if (m_URL == value && m_URL.isNull() == value.isNull())
         return;
-    forgetFolds(URLField);
     if (context())
-        context()->itemKeysDidChange();
+        context()->itemKeyWillChange(this, QStringLiteral("URL"), m_URL, value);
+    m_URL = value;
+    forgetFolds(URLField);
     didChange();
 }
 

@@ -330,9 +330,12 @@ void ZBObjectContext::clear()
 
 void ZBObjectContext::indexItem(ZBItem *item)
 {
-    m_byUUID.insert(fold(item->m_ItemUUID), item);
-    m_byPath.insert(fold(item->m_Path), item);
-    m_byURL.insert(fold(item->m_URL), item);
+    if (!item->m_ItemUUID.isNull())
+        m_byUUID.insert(fold(item->m_ItemUUID), item);
+    if (!item->m_Path.isNull())
+        m_byPath.insert(fold(item->m_Path), item);
+    if (!item->m_URL.isNull())
+        m_byURL.insert(fold(item->m_URL), item);
 }
 
 void ZBObjectContext::rebuildIndexes()
@@ -346,6 +349,33 @@ void ZBObjectContext::rebuildIndexes()
     for (ZBItem *item : std::as_const(m_items))
         indexItem(item);
     m_indexesStale = false;
+}
+
+QMultiHash<QString, ZBItem *> *ZBObjectContext::indexForKey(const QString &key)
+{
+    if (key == u"ItemUUID")
+        return &m_byUUID;
+    if (key == u"Path")
+        return &m_byPath;
+    if (key == u"URL")
+        return &m_byURL;
+    return nullptr;
+}
+
+void ZBObjectContext::itemKeyWillChange(ZBItem *item, const QString &key, const QString &oldValue,
+                                        const QString &newValue)
+{
+    if (m_indexesStale || item->m_deleted)
+        return;
+    // Absent values are never indexed: nothing looks them up, and a fresh
+    // record would otherwise pile every new track under one key.
+    if (QMultiHash<QString, ZBItem *> *index = indexForKey(key))
+    {
+        if (!oldValue.isNull())
+            index->remove(fold(oldValue), item);
+        if (!newValue.isNull())
+            index->insert(fold(newValue), item);
+    }
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedUUID(const QString &folded)
@@ -373,8 +403,6 @@ ZBItem *ZBObjectContext::insertItem()
 {
     ZBItem *item = adopt(std::make_unique<ZBItem>(), m_items, m_nextRowId);
     objectDidChange(item);
-    if (!m_indexesStale)
-        indexItem(item);
     return item;
 }
 
@@ -426,10 +454,15 @@ void ZBObjectContext::deleteItem(ZBItem *item)
     }
     if (item->m_relType)
         item->m_relType->m_items.removeOne(item);
+    if (!m_indexesStale)
+    {
+        itemKeyWillChange(item, QStringLiteral("ItemUUID"), item->m_ItemUUID, QString());
+        itemKeyWillChange(item, QStringLiteral("Path"), item->m_Path, QString());
+        itemKeyWillChange(item, QStringLiteral("URL"), item->m_URL, QString());
+    }
     item->m_deleted = true;
     m_items.removeOne(item);
     m_deleted.append(item);
-    m_indexesStale = true;
 }
 
 void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)

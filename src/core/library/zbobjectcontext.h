@@ -76,7 +76,8 @@ public:
 
     // Called by the records' setters.
     void objectDidChange(ZBManagedObject *object);
-    void itemKeysDidChange() { m_indexesStale = true; }
+    // The lookup indexes follow a track whose UUID, path or URL changes.
+    void itemKeyWillChange(ZBItem *item, const QString &key, const QString &oldValue, const QString &newValue);
 
 private:
     bool prepare(ZBSqliteDatabase &db);
@@ -86,6 +87,7 @@ private:
     template <typename T>
     T *adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId);
     void rebuildIndexes();
+    QMultiHash<QString, ZBItem *> *indexForKey(const QString &key);
     void indexItem(ZBItem *item);
     bool writeChanges();
     bool writeItem(ZBItem *item);

@@ -464,6 +464,7 @@ bool ZBSmartListRules::fillRules(const QString &request)
     if (request.trimmed().isEmpty())
     {
         m_rows.clear();
+        m_matchAll = true;
         m_lastError.clear();
         return true;
     }

@@ -106,8 +106,9 @@ public:
     // Replaces the rows (and the all/any choice) by those a request stands
     // for; any text generatePredicate() writes is read back to the same rows,
     // except that the " OR " and " AND " rewrite of text values is not undone
-    // (the words come back in lower case). The empty text gives no rows. A
-    // single row sets the choice to all. Any other text returns false and
+    // (the words come back in lower case). The empty text gives no rows. With
+    // fewer than two rows the text does not say all or any; the choice is
+    // then set to all, as for a new list. Any other text returns false and
     // leaves everything unchanged; lastError() says why.
     bool fillRules(const QString &request);
 

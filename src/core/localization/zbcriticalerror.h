@@ -1,9 +1,9 @@
 #pragma once
 
+#include <exception>
+
 #include <QByteArray>
 #include <QString>
-
-#include <exception>
 
 // A fault of the installation or of the program itself, such as a string table
 // missing from the application's resources. It is thrown, never caught by the

@@ -1,15 +1,15 @@
 #include "localization/zblocalizer.h"
 
+#include <cmath>
+#include <memory>
+#include <optional>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTranslator>
 #include <QXmlStreamReader>
 #include <QtDebug>
-
-#include <cmath>
-#include <memory>
-#include <optional>
 
 #include "localization/zbcriticalerror.h"
 #include "localization/zbmenuadapter.h"
@@ -23,6 +23,7 @@ struct LocalizerState
     QString root = kDefaultRoot;
     QString languageOverride;
     std::optional<QString> language;
+    std::optional<QLocale> locale;
     QHash<QString, QHash<QString, QString>> englishTables;
     // Compiled tables of the current language by table name; a null entry
     // remembers that the language has no such table.
@@ -40,9 +41,10 @@ QString tableOrDefault(const QString &table)
     return table.isEmpty() ? ZBLocalizer::defaultTable() : table;
 }
 
-// Reads the messages of the table's context from a Qt Linguist source. Like
-// lrelease, unfinished and retired messages are left out, so the English
-// dictionary holds exactly what a compiled table would.
+// Reads the messages of the table's context from a Qt Linguist source.
+// Unfinished and retired messages are left out, as the build leaves them out
+// of compiled tables (lrelease -nounfinished), so English follows the same
+// rules as every other language.
 std::optional<QHash<QString, QString>> readLinguistSource(const QString &path, const QString &table)
 {
     QFile file(path);
@@ -52,7 +54,11 @@ std::optional<QHash<QString, QString>> readLinguistSource(const QString &path, c
     QHash<QString, QString> dictionary;
     QXmlStreamReader xml(&file);
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("TS"))
+    {
+        qWarning().noquote()
+            << QStringLiteral("String table %1 is malformed: it is not a Qt Linguist table.").arg(path);
         return std::nullopt;
+    }
 
     while (xml.readNextStartElement())
     {
@@ -155,8 +161,8 @@ QString resolveLanguage()
         const QString folder = folderForLanguage(s.languageOverride, available);
         if (!folder.isEmpty())
             return folder;
-        qWarning().noquote() << QStringLiteral("No string tables for the language \"%1\"; using English.")
-                                    .arg(s.languageOverride);
+        qWarning().noquote()
+            << QStringLiteral("No string tables for the language \"%1\"; using English.").arg(s.languageOverride);
         return ZBLocalizer::englishLanguage();
     }
 
@@ -196,8 +202,8 @@ QTranslator *translationFor(const QString &table)
             if (candidate->load(path))
                 translator = candidate;
             else if (QFileInfo::exists(path))
-                qWarning().noquote() << QStringLiteral("The string table %1 cannot be read; showing English.")
-                                            .arg(path);
+                qWarning().noquote()
+                    << QStringLiteral("The string table %1 cannot be read; showing English.").arg(path);
         }
         it = s.translations.insert(table, translator);
     }
@@ -340,6 +346,7 @@ void ZBLocalizer::setLanguage(const QString &language)
     LocalizerState &s = state();
     s.languageOverride = language;
     s.language.reset();
+    s.locale.reset();
     s.translations.clear();
 }
 
@@ -350,11 +357,14 @@ QStringList ZBLocalizer::availableLanguages()
 
 QLocale ZBLocalizer::locale()
 {
-    const QLocale::Language wanted = languageForFolderName(language());
-    const QLocale system = QLocale::system();
-    if (wanted == QLocale::AnyLanguage || system.language() == wanted)
-        return system;
-    return QLocale(wanted);
+    LocalizerState &s = state();
+    if (!s.locale)
+    {
+        const QLocale::Language wanted = languageForFolderName(language());
+        const QLocale system = QLocale::system();
+        s.locale = wanted == QLocale::AnyLanguage || system.language() == wanted ? system : QLocale(wanted);
+    }
+    return *s.locale;
 }
 
 QString ZBLocalizer::resourceRoot()
@@ -367,6 +377,7 @@ void ZBLocalizer::setResourceRoot(const QString &root)
     LocalizerState &s = state();
     s.root = root.isEmpty() ? kDefaultRoot : root;
     s.language.reset();
+    s.locale.reset();
     s.englishTables.clear();
     s.translations.clear();
 }

@@ -25,9 +25,9 @@ class ZBLocalizer
 public:
     ZBLocalizer() = delete;
 
-    static QString defaultTable();     // "Localizable"
-    static QString mainMenuTable();    // "MainMenu"
-    static QString englishLanguage();  // "English"
+    static QString defaultTable();    // "Localizable"
+    static QString mainMenuTable();   // "MainMenu"
+    static QString englishLanguage(); // "English"
 
     // The English table as key → text, loaded on first use and cached; an
     // empty name means the default table. Throws ZBCriticalError when the

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
-
 #include <memory>
+
+#include <QString>
 
 // What the menu retitling needs to know of a menu, so that the retitling rules
 // live in the core and work the same on a real menu bar, on the menu

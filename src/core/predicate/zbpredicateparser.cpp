@@ -25,8 +25,7 @@ std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parse()
     m_tokens = lexer.tokens();
     if (peek().type == TokenType::End)
     {
-        m_errorPosition = 0;
-        m_error = QStringLiteral("The filter text is empty");
+        failAt(0, QStringLiteral("the filter text is empty"));
         return nullptr;
     }
 

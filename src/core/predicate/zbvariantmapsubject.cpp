@@ -38,55 +38,95 @@ QVariant walk(const QVariant &current, const QList<QStringView> &segments, qsize
 } // namespace
 
 ZBVariantMapSubject::ZBVariantMapSubject(const QVariantHash &values)
-    : m_values(values)
 {
+    m_entries.reserve(static_cast<size_t>(values.size()));
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        setValue(it.key(), it.value());
+}
+
+QVariantHash ZBVariantMapSubject::values() const
+{
+    QVariantHash values;
+    for (const Entry &entry : m_entries)
+        values.insert(entry.key, entry.value);
+    return values;
+}
+
+const ZBVariantMapSubject::Entry *ZBVariantMapSubject::find(const QString &key) const
+{
+    for (const Entry &entry : m_entries)
+    {
+        if (entry.key.size() == key.size() && entry.key == key)
+            return &entry;
+    }
+    return nullptr;
+}
+
+QVariant ZBVariantMapSubject::value(const QString &key) const
+{
+    const Entry *entry = find(key);
+    return entry ? entry->value : QVariant();
+}
+
+void ZBVariantMapSubject::fold(Entry &entry)
+{
+    entry.hasFolded = entry.value.typeId() == QMetaType::QString;
+    if (!entry.hasFolded)
+    {
+        entry.folded = {};
+        return;
+    }
+    // The raw text must read as present even when empty.
+    const QString text = entry.value.toString();
+    const QString raw = text.isNull() ? QStringLiteral("") : text;
+    entry.folded[0] = raw;
+    entry.folded[1] = ZBTextFold::fold(raw, true, false);
+    entry.folded[2] = ZBTextFold::fold(raw, false, true);
+    entry.folded[3] = ZBTextFold::fold(raw, true, true);
 }
 
 void ZBVariantMapSubject::setValue(const QString &key, const QVariant &value)
 {
-    m_values.insert(key, value);
-    if (!m_cacheFolds)
-        return;
-    if (value.typeId() == QMetaType::QString)
-        m_folded.insert(key, foldAll(value.toString()));
-    else
-        m_folded.remove(key);
+    Entry *entry = const_cast<Entry *>(find(key));
+    if (!entry)
+    {
+        m_entries.push_back(Entry());
+        entry = &m_entries.back();
+        entry->key = key;
+    }
+    entry->value = value;
+    if (m_cacheFolds)
+        fold(*entry);
 }
 
 void ZBVariantMapSubject::removeValue(const QString &key)
 {
-    m_values.remove(key);
-    m_folded.remove(key);
-}
-
-ZBVariantMapSubject::FoldedTexts ZBVariantMapSubject::foldAll(const QString &text)
-{
-    // The raw text must read as present even when empty.
-    const QString raw = text.isNull() ? QStringLiteral("") : text;
-    FoldedTexts texts;
-    texts[0] = raw;
-    texts[1] = ZBTextFold::fold(raw, true, false);
-    texts[2] = ZBTextFold::fold(raw, false, true);
-    texts[3] = ZBTextFold::fold(raw, true, true);
-    return texts;
+    for (auto it = m_entries.begin(); it != m_entries.end(); ++it)
+    {
+        if (it->key == key)
+        {
+            m_entries.erase(it);
+            return;
+        }
+    }
 }
 
 void ZBVariantMapSubject::cacheFoldedValues()
 {
     m_cacheFolds = true;
-    m_folded.clear();
-    for (auto it = m_values.cbegin(); it != m_values.cend(); ++it)
-    {
-        if (it.value().typeId() == QMetaType::QString)
-            m_folded.insert(it.key(), foldAll(it.value().toString()));
-    }
+    for (Entry &entry : m_entries)
+        fold(entry);
 }
 
 QVariant ZBVariantMapSubject::valueForKeyPath(const QString &keyPath) const
 {
     if (!keyPath.contains(u'.'))
-        return m_values.value(keyPath);
-    return valueForKeyPath(QVariant(m_values), keyPath);
+        return value(keyPath);
+    const qsizetype dot = keyPath.indexOf(u'.');
+    const Entry *entry = find(keyPath.left(dot));
+    if (!entry)
+        return {};
+    return valueForKeyPath(entry->value, QStringView(keyPath).mid(dot + 1));
 }
 
 QVariant ZBVariantMapSubject::valueForKeyPath(const QVariant &root, QStringView keyPath)
@@ -102,10 +142,10 @@ QString ZBVariantMapSubject::foldedValueForKey(const QString &key, bool caseInse
 {
     if (m_cacheFolds)
     {
-        const auto it = m_folded.constFind(key);
-        if (it == m_folded.cend())
+        const Entry *entry = find(key);
+        if (!entry || !entry->hasFolded)
             return {};
-        return (*it)[(caseInsensitive ? 1 : 0) | (diacriticInsensitive ? 2 : 0)];
+        return entry->folded[static_cast<size_t>((caseInsensitive ? 1 : 0) | (diacriticInsensitive ? 2 : 0))];
     }
     return ZBPredicateSubject::foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
 }

@@ -5,11 +5,12 @@
 #include <QVariant>
 
 #include <array>
+#include <vector>
 
 #include "predicate/zbpredicatesubject.h"
 
-// A predicate subject backed by a plain map of values: records read from a
-// playlist file, captured resources, tests and benchmarks.
+// A predicate subject backed by a small set of named values: records read
+// from a playlist file, captured resources, tests and benchmarks.
 //
 // A dotted key path walks into nested maps; when it meets a list, the rest of
 // the path is applied to every element and the answer is the list of results
@@ -22,8 +23,8 @@ public:
     ZBVariantMapSubject() = default;
     explicit ZBVariantMapSubject(const QVariantHash &values);
 
-    const QVariantHash &values() const { return m_values; }
-    QVariant value(const QString &key) const { return m_values.value(key); }
+    QVariantHash values() const;
+    QVariant value(const QString &key) const;
     void setValue(const QString &key, const QVariant &value);
     void removeValue(const QString &key);
 
@@ -38,11 +39,19 @@ public:
     static QVariant valueForKeyPath(const QVariant &root, QStringView keyPath);
 
 private:
-    using FoldedTexts = std::array<QString, 4>; // index: case | diacritics << 1
+    // Records have a handful of keys and are scanned over whole libraries, so
+    // a flat array read in order beats a hash table's scattered nodes.
+    struct Entry
+    {
+        QString key;
+        QVariant value;
+        bool hasFolded = false;
+        std::array<QString, 4> folded; // index: case | diacritics << 1
+    };
 
-    static FoldedTexts foldAll(const QString &text);
+    const Entry *find(const QString &key) const;
+    static void fold(Entry &entry);
 
-    QVariantHash m_values;
-    QHash<QString, FoldedTexts> m_folded;
+    std::vector<Entry> m_entries;
     bool m_cacheFolds = false;
 };

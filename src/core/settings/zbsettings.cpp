@@ -1,16 +1,16 @@
 #include "settings/zbsettings.h"
 
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <type_traits>
+#include <variant>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QRegularExpression>
 #include <QVariant>
 #include <QtDebug>
-
-#include <cmath>
-#include <limits>
-#include <type_traits>
-#include <optional>
-#include <variant>
 
 namespace
 {
@@ -111,10 +111,16 @@ std::optional<double> toReal(const QVariant &value)
         return value.toDouble();
     if (isText(value))
     {
+        const QString text = value.toString().trimmed();
         bool ok = false;
-        const double number = value.toString().trimmed().toDouble(&ok);
+        const double number = text.toDouble(&ok);
         if (ok)
             return number;
+        // A boolean written to a text-based store comes back as a word.
+        if (text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0)
+            return 1.0;
+        if (text.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0)
+            return 0.0;
     }
     return std::nullopt;
 }

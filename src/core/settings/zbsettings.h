@@ -1,11 +1,11 @@
 #pragma once
 
+#include <memory>
+
 #include <QByteArray>
 #include <QSettings>
 #include <QString>
 #include <QStringList>
-
-#include <memory>
 
 // Every user setting of the program. Read once at launch (loadUserDefaults)
 // and written once at quit (saveUserDefaults); the rest of the program reads

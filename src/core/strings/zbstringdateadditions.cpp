@@ -49,8 +49,8 @@ QString ZBStringDateAdditions::naturalStringFromDate(const QDateTime &date, cons
     {
         // QLocale knows only short and long dates; the pattern of the medium
         // one belongs to the language and so lives in its string table.
-        const QString pattern =
-            ZBLocalizer::localizedStringForKeyWithDefault(QStringLiteral("dateMediumFormat"), QStringLiteral("MMM d, yyyy"));
+        const QString pattern = ZBLocalizer::localizedStringForKeyWithDefault(QStringLiteral("dateMediumFormat"),
+                                                                              QStringLiteral("MMM d, yyyy"));
         day = locale.toString(local.date(), pattern);
     }
     return QStringLiteral("%1, %2").arg(day, time);

@@ -104,6 +104,9 @@ QString ZBStringFormSize::timeStringFromSeconds(quint32 seconds)
     const quint32 hours = seconds / 3600;
     const quint32 minutes = seconds / 60 - hours * 60;
     const quint32 rest = seconds - (seconds / 60) * 60;
-    const auto pad = [](quint32 value) { return value < 10 ? "0" : ""; };
+    const auto pad = [](quint32 value)
+    {
+        return value < 10 ? "0" : "";
+    };
     return QString::asprintf("%s%u:%s%u:%s%u", pad(hours), hours, pad(minutes), minutes, pad(rest), rest);
 }

@@ -1,0 +1,236 @@
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QtTest>
+
+#include "localization/zblocalizer.h"
+#include "localization/zbmainmenudefinition.h"
+#include "localization/zbmenulocalizer.h"
+#include "support/stringtablefixture.h"
+
+namespace
+{
+void addEntries(QWidget *menu, const QList<ZBMenuEntry> &entries)
+{
+    for (const ZBMenuEntry &entry : entries)
+    {
+        if (entry.isSeparator())
+        {
+            auto *separator = new QAction(menu);
+            separator->setSeparator(true);
+            menu->addAction(separator);
+        }
+        else if (entry.hasSubmenu())
+        {
+            auto *submenu = new QMenu(entry.title, menu);
+            addEntries(submenu, entry.children);
+            menu->addAction(submenu->menuAction());
+        }
+        else
+        {
+            menu->addAction(new QAction(entry.title, menu));
+        }
+    }
+}
+
+// Every action text of the menu bar, depth first.
+void collectTexts(const QWidget *menu, QStringList &texts)
+{
+    for (const QAction *action : menu->actions())
+    {
+        texts.append(action->text());
+        if (action->menu())
+            collectTexts(action->menu(), texts);
+    }
+}
+
+QMenu *submenuTitled(const QWidget *menu, const QString &text)
+{
+    for (QAction *action : menu->actions())
+    {
+        if (action->menu() && action->text() == text)
+            return action->menu();
+    }
+    return nullptr;
+}
+} // namespace
+
+class TestZBMenuLocalizer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+
+    void mainMenuBarInGerman();
+    void mainMenuBarInEnglishKeepsItsTitles();
+    void applicationMenuOnARealMenuBar();
+    void untitledMenuIsNotVisited();
+    void nestedSubmenuKeys();
+
+    void sizeToFitWithoutLimitsKeepsTheFittedSize();
+    void sizeToFitCutsToTheLimits();
+};
+
+void TestZBMenuLocalizer::initTestCase()
+{
+    qunsetenv("NVK_LANGUAGE");
+}
+
+void TestZBMenuLocalizer::cleanup()
+{
+    ZBLocalizer::setResourceRoot(QString());
+    ZBLocalizer::setLanguage(QString());
+}
+
+void TestZBMenuLocalizer::mainMenuBarInGerman()
+{
+    ZBLocalizer::setLanguage(QStringLiteral("German"));
+    QMenuBar menuBar;
+    addEntries(&menuBar, ZBMainMenuDefinition::mainMenu());
+    QStringList before;
+    collectTexts(&menuBar, before);
+
+    ZBMenuLocalizer::localizeMainMenuBar(&menuBar);
+
+    QStringList after;
+    collectTexts(&menuBar, after);
+    QCOMPARE(after.size(), before.size());
+    for (const QString &text : after)
+        QVERIFY2(!text.startsWith(QLatin1String("MainMenu_")), qPrintable(text));
+
+    QMenu *file = submenuTitled(&menuBar, QStringLiteral("Datei"));
+    QVERIFY(file);
+    QCOMPARE(file->title(), QStringLiteral("Datei"));
+    QCOMPARE(file->actions().first()->text(), QStringLiteral("Öffnen …"));
+    // Separators stay separators.
+    QVERIFY(file->actions().at(2)->isSeparator());
+    QVERIFY(file->actions().at(2)->text().isEmpty());
+
+    QMenu *application = submenuTitled(&menuBar, QStringLiteral("Norvik Player"));
+    QVERIFY(application);
+    QCOMPARE(application->actions().first()->text(), QStringLiteral("Über Norvik Player"));
+}
+
+void TestZBMenuLocalizer::mainMenuBarInEnglishKeepsItsTitles()
+{
+    ZBLocalizer::setLanguage(QStringLiteral("English"));
+    QMenuBar menuBar;
+    addEntries(&menuBar, ZBMainMenuDefinition::mainMenu());
+    QStringList before;
+    collectTexts(&menuBar, before);
+
+    ZBMenuLocalizer::localizeMainMenuBar(&menuBar);
+
+    QStringList after;
+    collectTexts(&menuBar, after);
+    QCOMPARE(after.size(), before.size());
+    QCOMPARE(after.first(), QStringLiteral("Norvik Player"));
+    QCOMPARE(after.mid(1), before.mid(1));
+}
+
+void TestZBMenuLocalizer::applicationMenuOnARealMenuBar()
+{
+    nvktest::StringTableFixture tables;
+    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("Localizable"), {}));
+    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("MainMenu"),
+                            {{"MainMenu_NorvikPlayer", "Norvik"},
+                             {"MainMenu_NorvikPlayer_Quit", "Leave Norvik"},
+                             {"MainMenu_Apple", "wrong key"},
+                             {"MainMenu_Apple_Quit", "wrong key"}}));
+    ZBLocalizer::setResourceRoot(tables.root());
+    ZBLocalizer::setLanguage(QStringLiteral("English"));
+
+    QMenuBar menuBar;
+    QMenu *application = menuBar.addMenu(QStringLiteral("Apple"));
+    QAction *quit = application->addAction(QStringLiteral("Quit"));
+
+    ZBMenuLocalizer::localizeMenuBar(&menuBar, QStringLiteral("MainMenu"), QStringLiteral("MainMenu"));
+
+    QCOMPARE(application->title(), QStringLiteral("Norvik"));
+    QCOMPARE(application->menuAction()->text(), QStringLiteral("Norvik"));
+    QCOMPARE(quit->text(), QStringLiteral("Leave Norvik"));
+}
+
+void TestZBMenuLocalizer::untitledMenuIsNotVisited()
+{
+    nvktest::StringTableFixture tables;
+    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("Localizable"), {}));
+    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("MainMenu"),
+                            {{"MainMenu_Edit", "Edit"}, {"MainMenu_Edit_Copy", "Copy Selection"}}));
+    ZBLocalizer::setResourceRoot(tables.root());
+    ZBLocalizer::setLanguage(QStringLiteral("English"));
+
+    QMenuBar menuBar;
+    QMenu *untitled = menuBar.addMenu(QString());
+    QAction *inside = untitled->addAction(QStringLiteral("Copy"));
+    QMenu *edit = menuBar.addMenu(QStringLiteral("Edit"));
+    QAction *copy = edit->addAction(QStringLiteral("Copy"));
+
+    ZBMenuLocalizer::localizeMenuBar(&menuBar, QStringLiteral("MainMenu"), QStringLiteral("MainMenu"));
+
+    QCOMPARE(untitled->title(), QString());
+    // Had it been visited it would show its missing key "MainMenu__Copy".
+    QCOMPARE(inside->text(), QStringLiteral("Copy"));
+    QCOMPARE(copy->text(), QStringLiteral("Copy Selection"));
+}
+
+void TestZBMenuLocalizer::nestedSubmenuKeys()
+{
+    nvktest::StringTableFixture tables;
+    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("Localizable"), {}));
+    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("MainMenu"),
+                            {{"MainMenu_View", "View"},
+                             {"MainMenu_View_Columns", "Table Columns"},
+                             {"MainMenu_View_Columns_Type", "Kind"}}));
+    ZBLocalizer::setResourceRoot(tables.root());
+    ZBLocalizer::setLanguage(QStringLiteral("English"));
+
+    QMenu view(QStringLiteral("View"));
+    QMenu *columns = view.addMenu(QStringLiteral("Columns"));
+    QAction *type = columns->addAction(QStringLiteral("Type"));
+
+    // A single menu (a context menu, say) is retitled under its own prefix.
+    ZBMenuLocalizer::localizeMenu(&view, QStringLiteral("MainMenu_View"), QStringLiteral("MainMenu"));
+
+    QCOMPARE(columns->title(), QStringLiteral("Table Columns"));
+    QCOMPARE(columns->menuAction()->text(), QStringLiteral("Table Columns"));
+    QCOMPARE(type->text(), QStringLiteral("Kind"));
+    QCOMPARE(view.title(), QStringLiteral("View"));
+}
+
+void TestZBMenuLocalizer::sizeToFitWithoutLimitsKeepsTheFittedSize()
+{
+    QWidget window;
+    auto *label = new QLabel(QStringLiteral("A fairly long status text that needs room"), &window);
+    label->move(10, 20);
+    label->resize(5, 5);
+
+    ZBMenuLocalizer::sizeToFit(label, 0, 0);
+
+    QCOMPARE(label->size(), label->sizeHint());
+    QCOMPARE(label->pos(), QPoint(10, 20));
+}
+
+void TestZBMenuLocalizer::sizeToFitCutsToTheLimits()
+{
+    QWidget window;
+    auto *button = new QPushButton(QStringLiteral("Zur Mediathek hinzufügen und sofort abspielen"), &window);
+    button->move(7, 3);
+    const QSize fitted = button->sizeHint();
+    QVERIFY(fitted.width() > 60);
+
+    ZBMenuLocalizer::sizeToFit(button, 60, 0);
+    QCOMPARE(button->size(), QSize(60, fitted.height()));
+    QCOMPARE(button->pos(), QPoint(7, 3));
+
+    // A limit above the content leaves the fitted size.
+    ZBMenuLocalizer::sizeToFit(button, 5000, 5000);
+    QCOMPARE(button->size(), fitted);
+}
+
+QTEST_MAIN(TestZBMenuLocalizer)
+#include "tst_zbmenulocalizer.moc"
