@@ -42,6 +42,9 @@ int main(int argc, char *argv[])
         return 3;
     }
     library.initLibrary();
+    // Keep the refreshed download filters now, so that what a command leaves
+    // unsaved is only ever its own failure.
+    library.save();
 
     ZBCtlCommands commands(library, out, err);
     return commands.run(arguments.first(), arguments.mid(1));

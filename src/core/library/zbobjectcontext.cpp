@@ -304,7 +304,9 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
         return fail();
 
     db.exec(QStringLiteral("COMMIT"));
-    rebuildIndexes();
+    // The lookup indexes are built by the first lookup: a start that only
+    // shows lists never pays for them.
+    m_indexesStale = true;
     return true;
 }
 
