@@ -1,0 +1,166 @@
+#include "playback/zbplaysequencer.h"
+
+#include <QRandomGenerator>
+
+ZBPlaySequencer::ZBPlaySequencer()
+    : m_random([]() { return QRandomGenerator::global()->generate(); })
+{
+}
+
+void ZBPlaySequencer::setPlaybackList(const ZBItemList &items)
+{
+    m_list = items;
+    resetPlaybackCounters();
+}
+
+void ZBPlaySequencer::resetPlaybackCounters()
+{
+    m_counts = QList<int>(m_list.size(), 0);
+}
+
+ZBItem *ZBPlaySequencer::itemAt(int index) const
+{
+    return index >= 0 && index < m_list.size() ? m_list.at(index) : nullptr;
+}
+
+void ZBPlaySequencer::markPlayed(int index)
+{
+    if (index >= 0 && index < m_counts.size())
+        m_counts[index] = 1;
+}
+
+bool ZBPlaySequencer::anyUnplayed() const
+{
+    return m_counts.contains(0);
+}
+
+bool ZBPlaySequencer::anyValidityValue() const
+{
+    for (const ZBItem *item : m_list)
+    {
+        if (item->isValid().has_value())
+            return true;
+    }
+    return false;
+}
+
+int ZBPlaySequencer::drawUnplayed()
+{
+    const auto size = quint32(m_list.size());
+    int index = 0;
+    do
+        index = int(m_random() % size);
+    while (m_counts.at(index) == 1);
+    return index;
+}
+
+void ZBPlaySequencer::skipEntry(int index, const SkipHandler &skip)
+{
+    markPlayed(index);
+    if (skip)
+        skip(m_list.at(index));
+}
+
+ZBPlaySequencer::Step ZBPlaySequencer::next(int direction, const UsableTest &usable, const SkipHandler &skip)
+{
+    if (m_list.isEmpty())
+        return {Outcome::EmptyList, -1};
+    return step(direction, usable, skip, 0);
+}
+
+ZBPlaySequencer::Step ZBPlaySequencer::step(int direction, const UsableTest &usable, const SkipHandler &skip,
+                                            int attempts)
+{
+    const int size = int(m_list.size());
+    const Step end{Outcome::EndOfList, m_index};
+    // Every entry tried once in this search and none would play: going round
+    // again cannot find one.
+    if (attempts >= size)
+        return end;
+
+    if (m_repeat == RepeatOne)
+    {
+        if (m_index < 0 || m_index >= size)
+            return end;
+        if (usable(m_list.at(m_index)))
+            return {Outcome::Play, m_index};
+        skipEntry(m_index, skip);
+        return end;
+    }
+
+    int index = m_index;
+    if (m_repeat == RepeatAll)
+    {
+        if (m_shuffle)
+        {
+            m_random();
+            if (!anyUnplayed())
+                resetPlaybackCounters();
+            index = drawUnplayed();
+        }
+        else if (direction > 0 && m_index >= size - 1)
+        {
+            index = 0;
+        }
+        else if (direction < 0 && m_index <= 0)
+        {
+            index = size - 1;
+        }
+        else
+        {
+            index = m_index + direction;
+        }
+    }
+    else if (m_shuffle)
+    {
+        if (!anyUnplayed())
+            return end;
+        index = drawUnplayed();
+    }
+    else
+    {
+        index = m_index + direction;
+        if ((direction > 0 && index >= size) || (direction < 0 && index < 0) || index < 0 || index >= size)
+            return end;
+    }
+
+    m_index = index;
+    if (usable(m_list.at(index)))
+        return {Outcome::Play, index};
+
+    skipEntry(index, skip);
+    if (size == 1 || direction == 0)
+        return end;
+    if ((m_shuffle || m_repeat == RepeatAll) && !anyValidityValue())
+        return end;
+    return step(direction, usable, skip, attempts + 1);
+}
+
+bool ZBPlaySequencer::canStepNext() const
+{
+    if (m_shuffle || m_repeat == RepeatAll)
+        return true;
+    return m_index < m_list.size() - 1;
+}
+
+bool ZBPlaySequencer::canStepPrevious() const
+{
+    if (m_shuffle || m_repeat == RepeatAll)
+        return true;
+    return m_index >= 1;
+}
+
+void ZBPlaySequencer::removeItem(const ZBItem *item)
+{
+    for (qsizetype i = m_list.size() - 1; i >= 0; --i)
+    {
+        if (m_list.at(i) != item)
+            continue;
+        m_list.removeAt(i);
+        m_counts.removeAt(i);
+        if (m_index > i)
+            --m_index;
+        else if (m_index == i)
+            m_index = int(i) - 1;
+    }
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QSize>
+#include <QString>
+
+class QWidget;
+
+// One way of playing a kind of file: the video engine (libmpv) for movies,
+// FLV and RealMedia; the Flash engine for SWF movies and projectors; the
+// refusing engine for Silverlight packages. The playback controller drives
+// every engine through this interface and never asks which one it holds
+// beyond engineCode().
+//
+// Positions are seconds for time-based engines and 0-based frame numbers for
+// frame-based ones (usesFrames()). Every getter answers from a cache the
+// engine keeps current from its own events: the 0.1 s playback tick reads
+// them and must never wait on the engine.
+class ZBPlaybackEngine : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The codes the rest of the program knows the engines by.
+    enum Code
+    {
+        FlashMovie = 0,
+        VideoMovie = 1,
+        FlashVideo = 2,
+        RealMedia = 3,
+        Silverlight = 4
+    };
+
+    using QObject::QObject;
+
+    virtual int engineCode() const = 0;
+    virtual bool usesFrames() const { return false; }
+
+    // Whether this engine accepts the file at all: it exists, its container
+    // opens and a decoder exists for what it holds. Cheap and synchronous.
+    virtual bool canInitWithFile(const QString &path) = 0;
+
+    // Starts loading; the answer comes as loaded() or loadFailed(). A load
+    // replaces whatever was loaded before. Playback starts paused: the
+    // controller calls play() once it has updated the library.
+    virtual void load(const QString &path) = 0;
+    // Drops the loaded file; getters return to their idle values.
+    virtual void stop() = 0;
+    virtual void play() = 0;
+    virtual void pause() = 0;
+    virtual bool isLoaded() const = 0;
+    virtual bool isPlaying() const = 0;
+
+    // -1 when nothing is loaded.
+    virtual double currentTime() const = 0;
+    // 0 while unknown.
+    virtual double totalTime() const = 0;
+    // Exact: a seek lands where asked, not at the previous key frame.
+    virtual void seek(double position) = 0;
+
+    // 0..100; values outside are clamped.
+    virtual void setVolume(int volume) = 0;
+    virtual int volume() const = 0;
+
+    virtual QSize naturalSize() const = 0;
+    // The widget that shows the picture, or null for a headless engine.
+    virtual QWidget *view() = 0;
+    // The picture now shown, at its natural size; null when there is none.
+    virtual QImage snapshot() = 0;
+    // A one-line description of the streams for the information window.
+    virtual QString formatSummary() const { return QString(); }
+
+Q_SIGNALS:
+    void loaded();
+    void loadFailed(const QString &reason);
+    // Once per loaded file, when playback reaches its end.
+    void endReached();
+};

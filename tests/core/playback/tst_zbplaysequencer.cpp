@@ -1,0 +1,223 @@
+#include <QRandomGenerator>
+#include <QSet>
+#include <QTest>
+
+#include <memory>
+
+#include "playback/zbplaysequencer.h"
+
+namespace
+{
+// A play list of named tracks, some of which cannot be played.
+class Fixture
+{
+public:
+    explicit Fixture(int count, QSet<int> broken = {})
+        : m_broken(std::move(broken))
+    {
+        for (int i = 0; i < count; ++i)
+        {
+            m_items.push_back(std::make_unique<ZBItem>());
+            m_items.back()->setName(QString::number(i));
+            list << m_items.back().get();
+        }
+        sequencer.setPlaybackList(list);
+        sequencer.setRandomSource([this]() { return m_random.generate(); });
+    }
+
+    // Starts at `index` as a user start does, then walks in `direction`
+    // until the sequence ends or `limit` tracks have played.
+    QList<int> walk(int start, int direction, int limit = 100)
+    {
+        QList<int> played;
+        sequencer.setPlayingItemIndex(start);
+        sequencer.markPlayed(start);
+        played << start;
+        while (played.size() < limit)
+        {
+            const ZBPlaySequencer::Step step = next(direction);
+            if (step.outcome != ZBPlaySequencer::Outcome::Play)
+                break;
+            sequencer.markPlayed(step.index);
+            played << step.index;
+        }
+        return played;
+    }
+
+    ZBPlaySequencer::Step next(int direction)
+    {
+        return sequencer.next(
+            direction, [this](ZBItem *item) { return !m_broken.contains(item->Name().toInt()); },
+            [this](ZBItem *item) {
+                item->setIsValid(false);
+                skipped << item->Name().toInt();
+            });
+    }
+
+    ZBPlaySequencer sequencer;
+    ZBItemList list;
+    QList<int> skipped;
+
+private:
+    std::vector<std::unique_ptr<ZBItem>> m_items;
+    QSet<int> m_broken;
+    QRandomGenerator m_random{42};
+};
+} // namespace
+
+class TestZBPlaySequencer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void inOrderStopsAtEitherEnd();
+    void inOrderSkipsUnplayableTracks();
+    void everyTrackMissingEndsAfterTryingEachOnce_data();
+    void everyTrackMissingEndsAfterTryingEachOnce();
+    void repeatAllWrapsAround();
+    void repeatOneStaysOnTheTrack();
+    void shufflePlaysEachTrackOncePerStart();
+    void shuffleWithRepeatAllStartsNewRounds();
+    void buttonsAtTheEnds();
+    void emptyListAndRemoval();
+};
+
+void TestZBPlaySequencer::inOrderStopsAtEitherEnd()
+{
+    Fixture f(4);
+    QCOMPARE(f.walk(0, +1), QList<int>({0, 1, 2, 3}));
+    QCOMPARE(f.next(+1).outcome, ZBPlaySequencer::Outcome::EndOfList);
+    QCOMPARE(f.walk(3, -1), QList<int>({3, 2, 1, 0}));
+    QCOMPARE(f.next(-1).outcome, ZBPlaySequencer::Outcome::EndOfList);
+    QVERIFY(f.skipped.isEmpty());
+}
+
+void TestZBPlaySequencer::inOrderSkipsUnplayableTracks()
+{
+    Fixture f(5, {1, 2});
+    QCOMPARE(f.walk(0, +1), QList<int>({0, 3, 4}));
+    QCOMPARE(f.skipped, QList<int>({1, 2}));
+    QCOMPARE(f.list.at(1)->isValid(), std::optional<bool>(false));
+    QCOMPARE(f.sequencer.playingCounts(), QList<int>({1, 1, 1, 1, 1}));
+
+    // The last track broken: the sequence ends instead of running off.
+    Fixture g(3, {2});
+    QCOMPARE(g.walk(0, +1), QList<int>({0, 1}));
+    QCOMPARE(g.skipped, QList<int>({2}));
+}
+
+void TestZBPlaySequencer::everyTrackMissingEndsAfterTryingEachOnce_data()
+{
+    QTest::addColumn<int>("repeat");
+    QTest::addColumn<bool>("shuffle");
+    QTest::newRow("in order") << int(ZBPlaySequencer::RepeatNone) << false;
+    QTest::newRow("shuffle") << int(ZBPlaySequencer::RepeatNone) << true;
+    QTest::newRow("repeat all") << int(ZBPlaySequencer::RepeatAll) << false;
+    QTest::newRow("repeat all, shuffle") << int(ZBPlaySequencer::RepeatAll) << true;
+}
+
+void TestZBPlaySequencer::everyTrackMissingEndsAfterTryingEachOnce()
+{
+    QFETCH(int, repeat);
+    QFETCH(bool, shuffle);
+    Fixture f(6, {0, 1, 2, 3, 4, 5});
+    f.sequencer.setRepeat(repeat);
+    f.sequencer.setShuffle(shuffle);
+    f.sequencer.setPlayingItemIndex(-1);
+    const ZBPlaySequencer::Step step = f.next(+1);
+    QCOMPARE(step.outcome, ZBPlaySequencer::Outcome::EndOfList);
+    QVERIFY(f.skipped.size() <= 6);
+    QCOMPARE(QSet<int>(f.skipped.begin(), f.skipped.end()).size(), f.skipped.size());
+    if (!shuffle)
+        QCOMPARE(f.skipped.size(), 6);
+}
+
+void TestZBPlaySequencer::repeatAllWrapsAround()
+{
+    Fixture f(3);
+    f.sequencer.setRepeat(ZBPlaySequencer::RepeatAll);
+    QCOMPARE(f.walk(1, +1, 7), QList<int>({1, 2, 0, 1, 2, 0, 1}));
+    QCOMPARE(f.walk(1, -1, 5), QList<int>({1, 0, 2, 1, 0}));
+
+    Fixture one(1);
+    one.sequencer.setRepeat(ZBPlaySequencer::RepeatAll);
+    QCOMPARE(one.walk(0, +1, 3), QList<int>({0, 0, 0}));
+}
+
+void TestZBPlaySequencer::repeatOneStaysOnTheTrack()
+{
+    Fixture f(3, {2});
+    f.sequencer.setRepeat(ZBPlaySequencer::RepeatOne);
+    QCOMPARE(f.walk(1, 0, 4), QList<int>({1, 1, 1, 1}));
+    f.sequencer.setPlayingItemIndex(2);
+    QCOMPARE(f.next(0).outcome, ZBPlaySequencer::Outcome::EndOfList);
+    QCOMPARE(f.skipped, QList<int>({2}));
+}
+
+void TestZBPlaySequencer::shufflePlaysEachTrackOncePerStart()
+{
+    Fixture f(8, {5});
+    f.sequencer.setShuffle(true);
+    const QList<int> played = f.walk(3, +1);
+    QCOMPARE(played.size(), 7);
+    QCOMPARE(QSet<int>(played.begin(), played.end()), QSet<int>({0, 1, 2, 3, 4, 6, 7}));
+    QCOMPARE(f.skipped, QList<int>({5}));
+    QCOMPARE(f.next(+1).outcome, ZBPlaySequencer::Outcome::EndOfList);
+    // Not simply in order.
+    QVERIFY(played != QList<int>({3, 4, 6, 7, 0, 1, 2}));
+}
+
+void TestZBPlaySequencer::shuffleWithRepeatAllStartsNewRounds()
+{
+    Fixture f(5);
+    f.sequencer.setShuffle(true);
+    f.sequencer.setRepeat(ZBPlaySequencer::RepeatAll);
+    const QList<int> played = f.walk(0, +1, 15);
+    QCOMPARE(played.size(), 15);
+    // Each round of five plays every track once.
+    for (int round = 0; round < 3; ++round)
+    {
+        const QList<int> part = played.mid(round * 5, 5);
+        QCOMPARE(QSet<int>(part.begin(), part.end()).size(), 5);
+    }
+}
+
+void TestZBPlaySequencer::buttonsAtTheEnds()
+{
+    Fixture f(3);
+    f.sequencer.setPlayingItemIndex(2);
+    QVERIFY(!f.sequencer.canStepNext());
+    QVERIFY(f.sequencer.canStepPrevious());
+    f.sequencer.setPlayingItemIndex(0);
+    QVERIFY(f.sequencer.canStepNext());
+    QVERIFY(!f.sequencer.canStepPrevious());
+    f.sequencer.setRepeat(ZBPlaySequencer::RepeatAll);
+    QVERIFY(f.sequencer.canStepPrevious());
+    f.sequencer.setRepeat(ZBPlaySequencer::RepeatNone);
+    f.sequencer.setShuffle(true);
+    f.sequencer.setPlayingItemIndex(2);
+    QVERIFY(f.sequencer.canStepNext());
+}
+
+void TestZBPlaySequencer::emptyListAndRemoval()
+{
+    Fixture empty(0);
+    QCOMPARE(empty.next(+1).outcome, ZBPlaySequencer::Outcome::EmptyList);
+
+    Fixture f(4);
+    f.sequencer.setPlayingItemIndex(2);
+    f.sequencer.markPlayed(0);
+    f.sequencer.removeItem(f.list.at(0));
+    QCOMPARE(f.sequencer.playbackList().size(), 3);
+    QCOMPARE(f.sequencer.playingCounts(), QList<int>({0, 0, 0}));
+    QCOMPARE(f.sequencer.playingItemIndex(), 1);
+    QCOMPARE(f.sequencer.itemAt(1)->Name(), QStringLiteral("2"));
+    // Removing the playing entry leaves the index before it, so "next" lands
+    // on the entry that followed.
+    f.sequencer.removeItem(f.list.at(2));
+    QCOMPARE(f.next(+1).index, 1);
+    QCOMPARE(f.sequencer.itemAt(1)->Name(), QStringLiteral("3"));
+}
+
+QTEST_GUILESS_MAIN(TestZBPlaySequencer)
+#include "tst_zbplaysequencer.moc"
