@@ -1,11 +1,25 @@
 #include "ctl/ctlcommands.h"
 
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
 #include <QFileInfo>
+#include <QImageWriter>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTimer>
 
+#include <cmath>
+#include <unistd.h>
+
+#include "engines/mpv/zbmpvengine.h"
 #include "library/zblibrarycontroller.h"
+#include "library/zblibraryimporter.h"
+#include "playback/zbmediaprobe.h"
+#include "playback/zbmediatypes.h"
+#include "playback/zbprojector.h"
+#include "playback/zbswfheader.h"
 
 namespace
 {
@@ -102,6 +116,14 @@ QString ZBCtlCommands::usage()
         "  remove-track UUID             remove a track from the library (the file stays on disk)\n"
         "  query PREDICATE [--json]      the tracks a filter text selects, e.g. \"Type contains[cd] 'mp4'\"\n"
         "  check                         verify the library file's integrity\n"
+        "  import PATH...                add files, and folders at any depth, the way the player does;\n"
+        "                                prints how many were added, already there and refused\n"
+        "  probe FILE                    the file's type, whether the player takes it, its length and\n"
+        "                                whether the video engine can decode it\n"
+        "  swf-info FILE                 the header of a Flash movie, or of the movie inside a projector\n"
+        "  snapshot FILE [--time SECONDS] -o OUT\n"
+        "                                save the frame of a movie at a time (default 0) as an image;\n"
+        "                                the format follows OUT's extension (png, jpg, bmp, ...)\n"
         "\n"
         "The library lives in the program's data folder unless --data-dir names another.\n");
 }
@@ -132,6 +154,10 @@ int ZBCtlCommands::run(const QString &command, const QStringList &arguments)
         return query(arguments);
     if (command == u"check")
         return check(arguments);
+    if (command == u"import")
+        return importFiles(arguments);
+    if (!needsLibrary(command))
+        return runFileCommand(command, arguments, m_out, m_err);
     m_err << "norvikctl: unknown command " << command << "\n\n" << usage();
     return 2;
 }
@@ -351,5 +377,236 @@ int ZBCtlCommands::check(const QStringList &arguments)
         return fail(QStringLiteral("the library file is damaged: %1").arg(verdict));
     m_out << "ok: " << m_library.managedObjectContext()->items().size() << " tracks, "
           << m_library.managedObjectContext()->playlists().size() << " lists\n";
+    return 0;
+}
+
+bool ZBCtlCommands::needsLibrary(const QString &command)
+{
+    return command != u"snapshot" && command != u"probe" && command != u"swf-info";
+}
+
+int ZBCtlCommands::runFileCommand(const QString &command, const QStringList &arguments, QTextStream &out,
+                                  QTextStream &err)
+{
+    if (command == u"snapshot")
+        return snapshot(arguments, out, err);
+    if (command == u"probe")
+        return probe(arguments, out, err);
+    if (command == u"swf-info")
+        return swfInfo(arguments, out, err);
+    err << "norvikctl: unknown command " << command << "\n\n" << usage();
+    return 2;
+}
+
+int ZBCtlCommands::snapshot(const QStringList &arguments, QTextStream &out, QTextStream &err)
+{
+    const auto fail = [&err](const QString &message) {
+        err << "norvikctl: " << message << Qt::endl;
+        return 1;
+    };
+    QStringList spelledOut = arguments;
+    for (QString &argument : spelledOut)
+    {
+        if (argument == u"-o")
+            argument = QStringLiteral("--output");
+    }
+    const Options options(spelledOut, {QStringLiteral("time"), QStringLiteral("output")}, {});
+    if (!options.error().isEmpty())
+        return fail(options.error());
+    if (options.positional().size() != 1 || !options.has(QStringLiteral("output")))
+        return fail(QStringLiteral("snapshot needs FILE and -o OUT"));
+    const QString path = options.positional().first();
+    const QString output = options.value(QStringLiteral("output"));
+    bool numeric = false;
+    const double time = options.value(QStringLiteral("time"), QStringLiteral("0")).toDouble(&numeric);
+    if (!numeric || !std::isfinite(time) || time < 0)
+        return fail(QStringLiteral("--time takes a number of seconds from 0 on, not \"%1\"")
+                        .arg(options.value(QStringLiteral("time"))));
+    if (!QImageWriter::supportedImageFormats().contains(QFileInfo(output).suffix().toLower().toLatin1()))
+        return fail(QStringLiteral("cannot write images of type \"%1\"; use .png, .jpg or .bmp")
+                        .arg(QFileInfo(output).suffix()));
+    QString reason;
+    if (!ZBMpvEngine::checkFile(path, &reason))
+        return fail(reason);
+
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    if (!engine.startError().isEmpty())
+        return fail(engine.startError());
+
+    // The engine answers through the event loop; a stalled file must not
+    // hang a script.
+    const auto waitFor = [&engine](auto signal, int milliseconds) {
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        QObject::connect(&engine, signal, &loop, &QEventLoop::quit);
+        QObject::connect(&engine, &ZBPlaybackEngine::loadFailed, &loop, &QEventLoop::quit);
+        loop.exec();
+    };
+    QString failure;
+    QObject::connect(&engine, &ZBPlaybackEngine::loadFailed, &engine,
+                     [&failure](const QString &why) { failure = why; });
+    engine.load(path);
+    waitFor(&ZBPlaybackEngine::loaded, 30000);
+    if (!failure.isEmpty())
+        return fail(failure);
+    if (!engine.isLoaded())
+        return fail(QStringLiteral("\"%1\" did not open within 30 seconds").arg(path));
+
+    const double length = engine.totalTime();
+    if (length > 0 && time > length)
+        return fail(QStringLiteral("--time %1 is past the end of \"%2\", which lasts %3 seconds")
+                        .arg(time)
+                        .arg(path)
+                        .arg(length, 0, 'f', 3));
+    if (time > 0)
+    {
+        engine.seek(time);
+        if (engine.isSeeking())
+            waitFor(&ZBMpvEngine::seekFinished, 30000);
+        if (engine.isSeeking())
+            return fail(QStringLiteral("seeking to %1 s in \"%2\" did not finish").arg(time).arg(path));
+    }
+    const QImage image = engine.snapshot();
+    if (image.isNull())
+        return fail(QStringLiteral("\"%1\" shows no picture at %2 s (no video stream?)").arg(path).arg(time));
+    QImageWriter writer(output);
+    if (!writer.write(image))
+        return fail(QStringLiteral("cannot write %1: %2").arg(output, writer.errorString()));
+    out << output << '\t' << image.width() << 'x' << image.height() << '\n';
+    return 0;
+}
+
+int ZBCtlCommands::importFiles(const QStringList &arguments)
+{
+    if (arguments.isEmpty())
+        return fail(QStringLiteral("import needs at least one file or folder"));
+    ZBLibraryImporter importer(m_library);
+    // Progress only for a person watching; a script's log stays clean.
+    if (isatty(STDERR_FILENO))
+    {
+        auto shown = std::make_shared<QElapsedTimer>();
+        QObject::connect(&importer, &ZBLibraryImporter::progress, &importer,
+                         [this, shown](int done, int total, const QString &path) {
+                             if (shown->isValid() && shown->elapsed() < 100 && done != total)
+                                 return;
+                             shown->start();
+                             m_err << "\r\033[K" << done << "/" << total << "  "
+                                   << ZBMediaTypes::getFileNameFromPath(path) << (done == total ? "\n" : "")
+                                   << Qt::flush;
+                         });
+    }
+    const ZBLibraryImporter::Counts counts = importer.run(arguments);
+    for (const QString &missing : counts.missing)
+        m_err << "norvikctl: no such file or folder: " << missing << Qt::endl;
+    m_out << "added " << counts.added << ", already in library " << counts.alreadyInLibrary << ", refused "
+          << counts.refused << "\n";
+    return counts.missing.isEmpty() ? 0 : 1;
+}
+
+namespace
+{
+// The movie a file holds: the file itself, or the one inside a projector.
+struct FlashMovie
+{
+    QString origin;
+    ZBSwfHeader::Info header;
+};
+
+std::optional<FlashMovie> flashMovieIn(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    // The header and what it takes to uncompress it lie at the start.
+    if (const auto header = ZBSwfHeader::readHeader(file.read(64 * 1024)))
+        return FlashMovie{QStringLiteral("movie"), *header};
+    const QString type = ZBMediaTypes::getFileType(ZBMediaTypes::getFileNameFromPath(path));
+    const bool mac = ZBProjector::isApplicationFile(path);
+    if (!mac && type.compare(QLatin1String("exe"), Qt::CaseInsensitive) != 0
+        && type.compare(QLatin1String("'APPL'"), Qt::CaseInsensitive) != 0)
+        return std::nullopt;
+    const QByteArray movie = ZBProjector::dataWithContentsOfSWF(path);
+    const auto header = ZBSwfHeader::readHeader(movie);
+    if (!header)
+        return std::nullopt;
+    return FlashMovie{QStringLiteral("%1 projector, %2 bytes of movie").arg(mac ? "Mac" : "Windows").arg(movie.size()),
+                      *header};
+}
+} // namespace
+
+int ZBCtlCommands::probe(const QStringList &arguments, QTextStream &out, QTextStream &err)
+{
+    if (arguments.size() != 1)
+    {
+        err << "norvikctl: probe needs exactly one FILE" << Qt::endl;
+        return 1;
+    }
+    const QFileInfo info(arguments.first());
+    if (!info.isFile() || !info.isReadable())
+    {
+        err << "norvikctl: cannot read " << arguments.first() << (info.isDir() ? " (a folder)" : "") << Qt::endl;
+        return 1;
+    }
+    const QString path = info.absoluteFilePath();
+    // The same verdict an import would reach.
+    const ZBLibraryImporter::Examined examined = ZBLibraryImporter::examine(path, true);
+    const std::optional<FlashMovie> flash = flashMovieIn(path);
+    const bool counted = ZBMediaTypes::pathExtension(path) == u"swf";
+
+    out << "file: " << path << "\n";
+    out << "type: " << examined.type << "\n";
+    out << "registered: " << (examined.accepted ? "yes" : "no") << "\n";
+    out << "library length: " << examined.length << (counted ? " frames" : " seconds") << "\n";
+    if (flash)
+    {
+        out << "flash: " << flash->origin << ", version " << flash->header.version << ", "
+            << (flash->header.isAS3 ? "ActionScript 3" : "ActionScript 1/2") << "\n";
+        out << "frames: " << flash->header.frameCount << "\n";
+    }
+    else
+    {
+        const std::optional<double> seconds = ZBMediaProbe::durationSeconds(path);
+        out << "duration: " << (seconds ? QString(QString::number(*seconds, 'f', 3) + QStringLiteral(" s")) : QStringLiteral("unknown"))
+            << "\n";
+        const QString summary = ZBMediaProbe::formatSummary(path);
+        if (!summary.isEmpty())
+            out << "format: " << summary << "\n";
+    }
+    out << "video engine can decode: " << (ZBMediaProbe::canDecode(path) ? "yes" : "no") << "\n";
+    return 0;
+}
+
+int ZBCtlCommands::swfInfo(const QStringList &arguments, QTextStream &out, QTextStream &err)
+{
+    if (arguments.size() != 1)
+    {
+        err << "norvikctl: swf-info needs exactly one FILE" << Qt::endl;
+        return 1;
+    }
+    const QString path = arguments.first();
+    if (!QFileInfo(path).isFile() || !QFileInfo(path).isReadable())
+    {
+        err << "norvikctl: cannot read " << path << Qt::endl;
+        return 1;
+    }
+    const std::optional<FlashMovie> flash = flashMovieIn(path);
+    if (!flash)
+    {
+        err << "norvikctl: " << path
+            << " is no Flash movie (no FWS, CWS or ZWS header that reads) and no projector carrying one"
+            << Qt::endl;
+        return 1;
+    }
+    const ZBSwfHeader::Info &header = flash->header;
+    out << "source: " << flash->origin << "\n";
+    out << "signature: " << header.signature << " (compression: " << ZBSwfHeader::compressionName(header.compression)
+        << ")\n";
+    out << "version: " << header.version << "\n";
+    out << "file length: " << header.fileLength << "\n";
+    out << "frame size: " << QString::number(header.width()) << " x " << QString::number(header.height())
+        << " pixels\n";
+    out << "frame rate: " << QString::number(header.frameRate) << "\n";
+    out << "frame count: " << header.frameCount << "\n";
+    out << "actionscript 3: " << (header.isAS3 ? "yes" : "no") << "\n";
     return 0;
 }

@@ -15,6 +15,12 @@ public:
     int run(const QString &command, const QStringList &arguments);
     static QString usage();
 
+    // Commands that work on files alone; main() runs them through
+    // runFileCommand() without opening the library.
+    static bool needsLibrary(const QString &command);
+    static int runFileCommand(const QString &command, const QStringList &arguments, QTextStream &out,
+                              QTextStream &err);
+
 private:
     int lists(const QStringList &arguments);
     int addTrack(const QStringList &arguments);
@@ -25,6 +31,10 @@ private:
     int removeTrack(const QStringList &arguments);
     int query(const QStringList &arguments);
     int check(const QStringList &arguments);
+    int importFiles(const QStringList &arguments);
+    static int probe(const QStringList &arguments, QTextStream &out, QTextStream &err);
+    static int swfInfo(const QStringList &arguments, QTextStream &out, QTextStream &err);
+    static int snapshot(const QStringList &arguments, QTextStream &out, QTextStream &err);
 
     int fail(const QString &message);
     class ZBPlaylist *findList(const QString &nameOrUUID);

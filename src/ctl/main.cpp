@@ -27,6 +27,9 @@ int main(int argc, char *argv[])
         return arguments.isEmpty() ? 2 : 0;
     }
 
+    if (!ZBCtlCommands::needsLibrary(arguments.first()))
+        return ZBCtlCommands::runFileCommand(arguments.first(), arguments.mid(1), out, err);
+
     ZBLibraryController library;
     const ZBObjectContext::OpenResult opened = library.openStore(dataDir);
     if (!opened.ok)

@@ -606,11 +606,11 @@ The damaged file was kept unchanged as:
     </message>
     <message>
         <source>alertRealNotFoundMessage</source>
-        <translation>The RealPlayer plug-in is not installed</translation>
+        <translation>This RealMedia file cannot be played</translation>
     </message>
     <message>
         <source>alertRealNotFoundInfo</source>
-        <translation>RealMedia files need the RealPlayer browser plug-in. Install it and try again.</translation>
+        <translation>Norvik Player plays RealMedia with the FFmpeg decoders installed on this computer, and the one this file needs is missing. There is no plug-in to install: a newer FFmpeg (the libavcodec package) may bring it.</translation>
     </message>
     <message>
         <source>alertRealNotFoundInstallButton</source>

@@ -606,11 +606,11 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
     </message>
     <message>
         <source>alertRealNotFoundMessage</source>
-        <translation>Das RealPlayer-Plug-in ist nicht installiert</translation>
+        <translation>Diese RealMedia-Datei kann nicht abgespielt werden</translation>
     </message>
     <message>
         <source>alertRealNotFoundInfo</source>
-        <translation>Für RealMedia-Dateien wird das RealPlayer-Browser-Plug-in benötigt. Installieren Sie es und versuchen Sie es erneut.</translation>
+        <translation>Norvik Player spielt RealMedia mit den auf diesem Computer installierten FFmpeg-Decodern ab, und der Decoder, den diese Datei braucht, fehlt. Es gibt kein Plug-in zu installieren: eine neuere FFmpeg-Version (das Paket libavcodec) bringt ihn vielleicht mit.</translation>
     </message>
     <message>
         <source>alertRealNotFoundInstallButton</source>

@@ -393,23 +393,25 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
         m_lastError = QStringLiteral("Rules are comparisons joined by only AND or only OR");
         return false;
     }
-    const QString description = node.description();
+    // Only needed for a message; building it for every row would cost more
+    // than reading the row.
+    const auto description = [&node] { return node.description(); };
     if (node.quantifier() != ZBPredicateNode::Quantifier::None || !node.left().isKeyPath())
     {
-        m_lastError = QStringLiteral("%1 is not a rule: it must start with a field").arg(description);
+        m_lastError = QStringLiteral("%1 is not a rule: it must start with a field").arg(description());
         return false;
     }
     const FieldInfo *field = findFieldByKey(node.left().keyPath());
     if (!field)
     {
-        m_lastError = QStringLiteral("%1 is not a rule: unknown field %2").arg(description, node.left().keyPath());
+        m_lastError = QStringLiteral("%1 is not a rule: unknown field %2").arg(description(), node.left().keyPath());
         return false;
     }
     const int op = operatorFor(field->kind, node.comparisonOperator());
     if (op == 0)
     {
         m_lastError = QStringLiteral("%1 is not a rule: no %2 rule uses the operator %3")
-                          .arg(description, kindName(field->kind),
+                          .arg(description(), kindName(field->kind),
                                ZBPredicateNode::operatorText(node.comparisonOperator()));
         return false;
     }
@@ -422,12 +424,12 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
             if (!node.caseInsensitive() || !node.diacriticInsensitive())
             {
                 m_lastError = QStringLiteral("%1 is not a rule: text rules ignore case and diacritics ([cd])")
-                                  .arg(description);
+                                  .arg(description());
                 return false;
             }
             if (!right.isConstant() || right.constantValue().typeId() != QMetaType::QString)
             {
-                m_lastError = QStringLiteral("%1 is not a rule: the value must be a quoted text").arg(description);
+                m_lastError = QStringLiteral("%1 is not a rule: the value must be a quoted text").arg(description());
                 return false;
             }
             value = right.constantValue().toString();
@@ -435,7 +437,7 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
         case ValueKind::Number:
             if (node.caseInsensitive() || node.diacriticInsensitive())
             {
-                m_lastError = QStringLiteral("%1 is not a rule: number rules take no modifiers").arg(description);
+                m_lastError = QStringLiteral("%1 is not a rule: number rules take no modifiers").arg(description());
                 return false;
             }
             // The value is kept as it was typed, so it is taken from the text
@@ -447,7 +449,7 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
                 || right.constantValue().typeId() != QMetaType::QDateTime)
             {
                 m_lastError = QStringLiteral("%1 is not a rule: the value must be CAST(seconds, 'NSDate')")
-                                  .arg(description);
+                                  .arg(description());
                 return false;
             }
             value = right.constantValue().toDateTime().toLocalTime();

@@ -201,8 +201,11 @@ QString ZBMediaProbe::formatSummary(const QString &path)
         parts.append(describeVideo(video));
     if (const AVStream *audio = demuxer.bestStream(AVMEDIA_TYPE_AUDIO))
         parts.append(describeAudio(audio));
-    // "mov,mp4,m4a,3gp,3g2,mj2" names a family; its first member will do.
-    const QString container = QString::fromUtf8(demuxer.context()->iformat->name).section(u',', 0, 0);
+    // A demuxer may serve a family ("mov,mp4,m4a,3gp,3g2,mj2"): name the
+    // member the file's extension picks, else the first.
+    const QStringList family = QString::fromUtf8(demuxer.context()->iformat->name).split(u',');
+    const QString extension = ZBMediaTypes::pathExtension(path).toLower();
+    const QString container = family.contains(extension) ? extension : family.first();
     if (parts.isEmpty())
         return container + QStringLiteral(": no audio or video");
     return container + QStringLiteral(": ") + parts.join(QStringLiteral("; "));

@@ -2,8 +2,8 @@
 
 #include <QDateTime>
 #include <QStringList>
+#include <QVarLengthArray>
 
-#include <array>
 #include <cmath>
 
 #include "predicate/zbpredicate.h"
@@ -18,10 +18,10 @@ struct ZBPredicateEvaluator::Context
 {
     struct Entry
     {
-        const QString *key = nullptr;
-        bool caseInsensitive = false;
-        bool diacriticInsensitive = false;
-        QString value;
+        const QString *key;
+        int flags;
+        const QString *value; // into the subject, or to owned
+        QString owned;
     };
 
     explicit Context(const ZBPredicateSubject &s)
@@ -31,28 +31,42 @@ struct ZBPredicateEvaluator::Context
 
     const QString &folded(const QString &key, bool caseInsensitive, bool diacriticInsensitive)
     {
-        for (int i = 0; i < used; ++i)
+        const int flags = (caseInsensitive ? 1 : 0) | (diacriticInsensitive ? 2 : 0);
+        for (Entry &entry : entries)
         {
-            Entry &entry = entries[static_cast<size_t>(i)];
-            if (entry.caseInsensitive == caseInsensitive && entry.diacriticInsensitive == diacriticInsensitive
-                && (entry.key == &key || *entry.key == key))
-                return entry.value;
+            if (entry.flags == flags && (entry.key == &key || *entry.key == key))
+                return *entry.value;
         }
-        // Beyond the cache's size the oldest slot is reused; correctness
-        // never depends on a hit.
-        Entry &entry = entries[static_cast<size_t>(used < Size ? used++ : (next++ % Size))];
-        entry.key = &key;
-        entry.caseInsensitive = caseInsensitive;
-        entry.diacriticInsensitive = diacriticInsensitive;
-        entry.value = subject.foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
-        return entry.value;
+        Entry *entry = nullptr;
+        if (entries.size() < Size)
+        {
+            entries.append(Entry{&key, flags, nullptr, QString()});
+            entry = &entries.back();
+        }
+        else
+        {
+            // Beyond the cache's size the oldest slot is reused; correctness
+            // never depends on a hit.
+            entry = &entries[next];
+            next = (next + 1) % Size;
+            entry->key = &key;
+            entry->flags = flags;
+        }
+        entry->value = subject.cachedFoldedValueForKey(key, caseInsensitive, diacriticInsensitive);
+        if (!entry->value)
+        {
+            entry->owned = subject.foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
+            entry->value = &entry->owned;
+        }
+        return *entry->value;
     }
 
-    static constexpr int Size = 4;
+    static constexpr qsizetype Size = 4;
     const ZBPredicateSubject &subject;
-    std::array<Entry, Size> entries;
-    int used = 0;
-    int next = 0;
+    // Filled on demand: most texts ask for one or two keys. Entries never
+    // move once appended, since the array does not outgrow its inline size.
+    QVarLengthArray<Entry, Size> entries;
+    qsizetype next = 0;
 };
 
 namespace
@@ -120,7 +134,8 @@ qint64 dateMSecs(const QVariant &value)
 {
     if (value.typeId() == QMetaType::QDate)
         return value.toDate().startOfDay().toMSecsSinceEpoch();
-    return value.toDateTime().toMSecsSinceEpoch();
+    // Read in place: every track's date passes here when a list filters by it.
+    return static_cast<const QDateTime *>(value.constData())->toMSecsSinceEpoch();
 }
 
 template <typename T>
@@ -283,6 +298,18 @@ bool ZBPredicateEvaluator::matchText(const ZBPredicateNode &node, const QString 
     const QString &pattern = node.foldedPattern();
     switch (node.comparisonOperator())
     {
+        case ZBPredicateNode::Operator::Equal:
+            return foldedValue == pattern;
+        case ZBPredicateNode::Operator::NotEqual:
+            return foldedValue != pattern;
+        case ZBPredicateNode::Operator::Less:
+            return QString::compare(foldedValue, pattern) < 0;
+        case ZBPredicateNode::Operator::LessOrEqual:
+            return QString::compare(foldedValue, pattern) <= 0;
+        case ZBPredicateNode::Operator::Greater:
+            return QString::compare(foldedValue, pattern) > 0;
+        case ZBPredicateNode::Operator::GreaterOrEqual:
+            return QString::compare(foldedValue, pattern) >= 0;
         case ZBPredicateNode::Operator::Like:
             if (node.patternMatchesEverything())
                 return true;

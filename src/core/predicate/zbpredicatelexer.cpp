@@ -57,81 +57,58 @@ bool ZBPredicateLexer::fail(qsizetype position, const QString &message)
     return false;
 }
 
-void ZBPredicateLexer::push(TokenType type, qsizetype start, const QString &text, const QVariant &value)
+void ZBPredicateLexer::finish(Token *token, TokenType type, qsizetype start, const QString &text,
+                              const QVariant &value) const
 {
-    Token token;
-    token.type = type;
-    token.text = text;
-    token.value = value;
-    token.position = start;
-    token.length = m_pos - start;
-    m_tokens.push_back(std::move(token));
+    token->type = type;
+    token->text = text;
+    token->value = value;
+    token->position = start;
+    token->length = m_pos - start;
 }
 
-bool ZBPredicateLexer::tokenize()
+bool ZBPredicateLexer::next(Token *token)
 {
-    m_tokens.clear();
-    m_pos = 0;
     const qsizetype n = m_text.size();
-    while (true)
+    while (m_pos < n && m_text[m_pos].isSpace())
+        ++m_pos;
+    if (m_pos >= n)
     {
-        while (m_pos < n && m_text[m_pos].isSpace())
-            ++m_pos;
-        if (m_pos >= n)
-            break;
-
-        const QChar ch = m_text[m_pos];
-        const QChar next = (m_pos + 1 < n) ? m_text[m_pos + 1] : QChar();
-        bool ok = true;
-        if (ch == u'(' || ch == u')' || ch == u',')
-        {
-            const qsizetype start = m_pos++;
-            const TokenType type = ch == u'(' ? TokenType::LeftParen
-                                   : ch == u')' ? TokenType::RightParen
-                                                : TokenType::Comma;
-            push(type, start, QString(ch));
-        }
-        else if (ch == u'\'' || ch == u'"')
-        {
-            ok = readString();
-        }
-        else if (isAsciiDigit(ch) || (ch == u'.' && isAsciiDigit(next))
-                 || ((ch == u'-' || ch == u'+')
-                     && (isAsciiDigit(next)
-                         || (next == u'.' && m_pos + 2 < n && isAsciiDigit(m_text[m_pos + 2])))))
-        {
-            ok = readNumber();
-        }
-        else if (isIdentifierStart(ch) || ch == u'#')
-        {
-            ok = readIdentifier();
-        }
-        else if (ch == u'[')
-        {
-            ok = readModifier();
-        }
-        else if (ch == u'%')
-        {
-            ok = fail(m_pos, QStringLiteral("format arguments such as %@ or %K are not supported; write the key "
-                                            "or the value itself"));
-        }
-        else if (ch == u'$' || ch == u'@')
-        {
-            ok = fail(m_pos, QStringLiteral("variables and collection operators (%1) are not supported")
-                                 .arg(describeChar(ch)));
-        }
-        else
-        {
-            ok = readSymbol();
-        }
-        if (!ok)
-            return false;
+        finish(token, TokenType::End, m_pos);
+        return true;
     }
-    push(TokenType::End, m_pos, QString());
-    return true;
+
+    const QChar ch = m_text[m_pos];
+    const QChar next = (m_pos + 1 < n) ? m_text[m_pos + 1] : QChar();
+    if (ch == u'(' || ch == u')' || ch == u',')
+    {
+        const qsizetype start = m_pos++;
+        const TokenType type = ch == u'(' ? TokenType::LeftParen
+                               : ch == u')' ? TokenType::RightParen
+                                            : TokenType::Comma;
+        finish(token, type, start);
+        return true;
+    }
+    if (ch == u'\'' || ch == u'"')
+        return readString(token);
+    if (isAsciiDigit(ch) || (ch == u'.' && isAsciiDigit(next))
+        || ((ch == u'-' || ch == u'+')
+            && (isAsciiDigit(next) || (next == u'.' && m_pos + 2 < n && isAsciiDigit(m_text[m_pos + 2])))))
+        return readNumber(token);
+    if (isIdentifierStart(ch) || ch == u'#')
+        return readIdentifier(token);
+    if (ch == u'[')
+        return readModifier(token);
+    if (ch == u'%')
+        return fail(m_pos, QStringLiteral("format arguments such as %@ or %K are not supported; write the key "
+                                          "or the value itself"));
+    if (ch == u'$' || ch == u'@')
+        return fail(m_pos,
+                    QStringLiteral("variables and collection operators (%1) are not supported").arg(describeChar(ch)));
+    return readSymbol(token);
 }
 
-bool ZBPredicateLexer::readString()
+bool ZBPredicateLexer::readString(Token *token)
 {
     const qsizetype start = m_pos;
     const QChar quote = m_text[m_pos++];
@@ -143,7 +120,7 @@ bool ZBPredicateLexer::readString()
         if (ch == quote)
         {
             ++m_pos;
-            push(TokenType::String, start, m_text.mid(start, m_pos - start), value);
+            finish(token, TokenType::String, start, m_text.mid(start, m_pos - start), value);
             return true;
         }
         if (ch != u'\\')
@@ -183,7 +160,7 @@ bool ZBPredicateLexer::readString()
     return fail(start, QStringLiteral("unterminated string (no closing %1)").arg(quote));
 }
 
-bool ZBPredicateLexer::readNumber()
+bool ZBPredicateLexer::readNumber(Token *token)
 {
     const qsizetype start = m_pos;
     const qsizetype n = m_text.size();
@@ -231,11 +208,11 @@ bool ZBPredicateLexer::readNumber()
             return fail(start, QStringLiteral("number '%1' is out of range").arg(written));
         value = real;
     }
-    push(TokenType::Number, start, written, value);
+    finish(token, TokenType::Number, start, written, value);
     return true;
 }
 
-bool ZBPredicateLexer::readIdentifier()
+bool ZBPredicateLexer::readIdentifier(Token *token)
 {
     const qsizetype start = m_pos;
     const qsizetype n = m_text.size();
@@ -268,26 +245,26 @@ bool ZBPredicateLexer::readIdentifier()
         const QString upper = path.toUpper();
         if (isReservedWord(upper))
         {
-            push(TokenType::Word, start, upper);
+            finish(token, TokenType::Word, start, upper);
             return true;
         }
     }
-    push(TokenType::KeyPath, start, path);
+    finish(token, TokenType::KeyPath, start, path);
     return true;
 }
 
-bool ZBPredicateLexer::readModifier()
+bool ZBPredicateLexer::readModifier(Token *token)
 {
     const qsizetype start = m_pos;
     const qsizetype close = m_text.indexOf(u']', m_pos + 1);
     if (close < 0)
         return fail(start, QStringLiteral("unterminated modifier (no closing ']')"));
     m_pos = close + 1;
-    push(TokenType::Modifier, start, m_text.mid(start + 1, close - start - 1));
+    finish(token, TokenType::Modifier, start, m_text.mid(start + 1, close - start - 1));
     return true;
 }
 
-bool ZBPredicateLexer::readSymbol()
+bool ZBPredicateLexer::readSymbol(Token *token)
 {
     static const char *const symbols[] = {"==", "!=", "<>", "<=", "=<", ">=", "=>", "&&", "||", "=", "<", ">", "!"};
     const qsizetype start = m_pos;
@@ -297,7 +274,7 @@ bool ZBPredicateLexer::readSymbol()
         if (QStringView(m_text).mid(m_pos).startsWith(candidate))
         {
             m_pos += candidate.size();
-            push(TokenType::Symbol, start, candidate);
+            finish(token, TokenType::Symbol, start, candidate);
             return true;
         }
     }

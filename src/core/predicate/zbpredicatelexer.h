@@ -3,8 +3,6 @@
 #include <QString>
 #include <QVariant>
 
-#include <vector>
-
 // Splits a filter text into tokens for ZBPredicateParser.
 //
 // Reserved words are recognised in any letter case and reported upper-cased
@@ -17,7 +15,7 @@ public:
     enum class TokenType
     {
         End,
-        LeftParen,
+        LeftParen,  // punctuation tokens carry no text
         RightParen,
         Comma,
         KeyPath,  // text: the path
@@ -39,28 +37,29 @@ public:
 
     explicit ZBPredicateLexer(const QString &text);
 
-    // Tokenises the whole text. On failure returns false and sets
-    // errorString() and errorPosition(); the tokens read so far stay.
-    bool tokenize();
+    // Reads the next token; End once the text is used up. Tokens are read on
+    // demand, so a parser that gives up early never looks at the rest of a
+    // long hostile text. On failure returns false and sets errorString() and
+    // errorPosition().
+    bool next(Token *token);
 
-    const std::vector<Token> &tokens() const { return m_tokens; }
     QString errorString() const { return m_error; }
     qsizetype errorPosition() const { return m_errorPosition; }
 
     static bool isReservedWord(const QString &upperCaseWord);
 
 private:
-    bool readString();
-    bool readNumber();
-    bool readIdentifier();
-    bool readModifier();
-    bool readSymbol();
+    bool readString(Token *token);
+    bool readNumber(Token *token);
+    bool readIdentifier(Token *token);
+    bool readModifier(Token *token);
+    bool readSymbol(Token *token);
     bool fail(qsizetype position, const QString &message);
-    void push(TokenType type, qsizetype start, const QString &text, const QVariant &value = {});
+    void finish(Token *token, TokenType type, qsizetype start, const QString &text = QString(),
+                const QVariant &value = QVariant()) const;
 
     const QString m_text;
     qsizetype m_pos = 0;
-    std::vector<Token> m_tokens;
     QString m_error;
     qsizetype m_errorPosition = -1;
 };

@@ -42,7 +42,7 @@ std::unique_ptr<ZBPredicateNode> ZBPredicateNode::makeComparison(Quantifier quan
     node->m_right = right;
 
     const bool textConstant = right.isConstant() && right.constantValue().typeId() == QMetaType::QString;
-    if (isStringOperator(op) && textConstant)
+    if (textConstant)
     {
         const QString pattern = right.constantValue().toString();
         node->m_preparedPattern = true;

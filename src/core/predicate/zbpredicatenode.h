@@ -79,9 +79,9 @@ public:
     static bool isStringOperator(Operator op);
     static QString operatorText(Operator op);
 
-    // Prepared for a string operator whose right side is a text constant:
-    // the pattern folded with the node's flags (for MATCHES only the
-    // diacritics are folded; case is left to the expression's own option).
+    // Prepared when the right side is a text constant: the text folded with
+    // the node's flags (for MATCHES only the diacritics are folded; case is
+    // left to the expression's own option).
     bool hasPreparedPattern() const { return m_preparedPattern; }
     const QString &foldedPattern() const { return m_foldedPattern; }
     bool patternMatchesEverything() const { return m_patternIsStar; }
@@ -89,8 +89,8 @@ public:
     // Anchored to the whole value. Invalid patterns match nothing.
     const QRegularExpression &regularExpression() const { return m_regex; }
 
-    // Whether the comparison can be answered from the subject's folded text of
-    // a plain key without building QVariants.
+    // Whether the comparison of a plain key with a text constant can be
+    // answered from the subject's folded text without building QVariants.
     bool usesFoldedFastPath() const { return m_fastPath; }
 
     // The node in the predicate syntax, fully parenthesised, for diagnostics

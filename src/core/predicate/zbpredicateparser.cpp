@@ -6,23 +6,31 @@
 
 ZBPredicateParser::ZBPredicateParser(const QString &text)
     : m_text(text)
+    , m_lexer(text)
 {
+}
+
+void ZBPredicateParser::advance()
+{
+    if (m_lexer.next(&m_current))
+        return;
+    if (m_errorPosition < 0)
+    {
+        m_error = m_lexer.errorString();
+        m_errorPosition = m_lexer.errorPosition();
+    }
+    m_current = Token();
+    m_current.type = TokenType::End;
+    m_current.position = m_lexer.errorPosition();
 }
 
 std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parse()
 {
     m_error.clear();
     m_errorPosition = -1;
-    m_index = 0;
-
-    ZBPredicateLexer lexer(m_text);
-    if (!lexer.tokenize())
-    {
-        m_error = lexer.errorString();
-        m_errorPosition = lexer.errorPosition();
+    advance();
+    if (m_errorPosition >= 0)
         return nullptr;
-    }
-    m_tokens = lexer.tokens();
     if (peek().type == TokenType::End)
     {
         failAt(0, QStringLiteral("the filter text is empty"));
@@ -30,7 +38,7 @@ std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parse()
     }
 
     std::unique_ptr<ZBPredicateNode> root = parseOr(0);
-    if (!root)
+    if (!root || m_errorPosition >= 0)
         return nullptr;
     if (peek().type != TokenType::End)
     {
@@ -85,6 +93,12 @@ QString ZBPredicateParser::describe(const Token &token)
             return QStringLiteral("'[%1]'").arg(token.text);
         case TokenType::String:
             return QStringLiteral("the text %1").arg(token.text);
+        case TokenType::LeftParen:
+            return QStringLiteral("'('");
+        case TokenType::RightParen:
+            return QStringLiteral("')'");
+        case TokenType::Comma:
+            return QStringLiteral("','");
         default:
             return QStringLiteral("'%1'").arg(token.text);
     }
@@ -355,9 +369,9 @@ bool ZBPredicateParser::parseCast(ZBPredicateExpression *expression)
         expected(QStringLiteral("a number of seconds in CAST"));
         return false;
     }
-    const Token &number = peek();
-    const double seconds = number.value.toDouble();
-    const qsizetype numberPosition = number.position;
+    const double seconds = peek().value.toDouble();
+    const qsizetype numberPosition = peek().position;
+    const QString numberText = peek().text;
     advance();
     if (peek().type != TokenType::Comma)
     {
@@ -388,7 +402,7 @@ bool ZBPredicateParser::parseCast(ZBPredicateExpression *expression)
     const QDateTime date = ZBPredicate::dateFromReferenceSeconds(seconds);
     if (!date.isValid())
     {
-        failAt(numberPosition, QStringLiteral("the date %1 is out of range").arg(number.text));
+        failAt(numberPosition, QStringLiteral("the date %1 is out of range").arg(numberText));
         return false;
     }
     *expression = ZBPredicateExpression::constant(date, start, end - start);

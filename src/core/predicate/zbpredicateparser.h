@@ -3,7 +3,6 @@
 #include <QString>
 
 #include <memory>
-#include <vector>
 
 #include "predicate/zbpredicatelexer.h"
 #include "predicate/zbpredicatenode.h"
@@ -47,8 +46,11 @@ private:
     bool parseExpression(ZBPredicateExpression *expression);
     bool parseCast(ZBPredicateExpression *expression);
 
-    const Token &peek() const { return m_tokens[m_index]; }
-    const Token &advance() { return m_tokens[m_index < m_tokens.size() - 1 ? m_index++ : m_index]; }
+    // One token of lookahead. A token the lexer cannot read becomes an End
+    // token at its position after the error has been recorded, so parsing
+    // stops there with the lexer's message.
+    const Token &peek() const { return m_current; }
+    void advance();
     bool isWord(const Token &token, const char *word) const;
     bool isSymbol(const Token &token, const char *symbol) const;
     bool enter(int depth);
@@ -58,8 +60,8 @@ private:
     static QString describe(const Token &token);
 
     const QString m_text;
-    std::vector<Token> m_tokens;
-    size_t m_index = 0;
+    ZBPredicateLexer m_lexer;
+    Token m_current;
     QString m_error;
     qsizetype m_errorPosition = -1;
 };

@@ -22,9 +22,18 @@ public:
     // these flags. Subjects that are evaluated often (tracks) cache the result;
     // the default folds on every call.
     //
-    // A null QString (isNull()) means "no text here": the value is absent, a
-    // list, or a kind the subject does not keep as text. The evaluator then
-    // falls back to valueForKeyPath(), so answering null is always safe; an
-    // empty text that is present should be an empty but non-null string.
+    // Only text values answer: a null QString (isNull()) means "no text
+    // here", the value is absent, a list, a number, a date. The evaluator then
+    // falls back to valueForKeyPath(), so answering null is always safe, while
+    // answering text for a number would make it compare as text. An empty
+    // text that is present should be an empty but non-null string.
     virtual QString foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const;
+
+    // The same text without a copy, for subjects that keep it: a pointer
+    // valid until the subject changes, or nullptr to make the evaluator call
+    // foldedValueForKey() instead. Scanning a whole library, not copying
+    // spares touching every track's text when only its presence or length
+    // matters ("Name like[cd] '*'", "URL == ''"). The default answers nullptr.
+    virtual const QString *cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
+                                                   bool diacriticInsensitive) const;
 };

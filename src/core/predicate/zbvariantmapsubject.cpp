@@ -39,7 +39,6 @@ QVariant walk(const QVariant &current, const QList<QStringView> &segments, qsize
 
 ZBVariantMapSubject::ZBVariantMapSubject(const QVariantHash &values)
 {
-    m_entries.reserve(static_cast<size_t>(values.size()));
     for (auto it = values.cbegin(); it != values.cend(); ++it)
         setValue(it.key(), it.value());
 }
@@ -52,11 +51,34 @@ QVariantHash ZBVariantMapSubject::values() const
     return values;
 }
 
+quint32 ZBVariantMapSubject::fingerprint(const QString &key)
+{
+    // Cheap to compute and distinct for the attribute names in use; a clash
+    // only costs a full comparison.
+    if (key.isEmpty())
+        return 0;
+    return (quint32(key.size()) << 20) ^ (quint32(key.front().unicode()) << 10) ^ quint32(key.back().unicode());
+}
+
+size_t ZBVariantMapSubject::foldIndex(bool caseInsensitive, bool diacriticInsensitive)
+{
+    // Both flags first: that is what searches and smart lists ask for.
+    if (caseInsensitive && diacriticInsensitive)
+        return 0;
+    if (caseInsensitive)
+        return 1;
+    return diacriticInsensitive ? 2 : 3;
+}
+
 const ZBVariantMapSubject::Entry *ZBVariantMapSubject::find(const QString &key) const
 {
-    for (const Entry &entry : m_entries)
+    const quint32 wanted = fingerprint(key);
+    for (qsizetype i = 0; i < m_fingerprints.size(); ++i)
     {
-        if (entry.key.size() == key.size() && entry.key == key)
+        if (m_fingerprints[i] != wanted)
+            continue;
+        const Entry &entry = m_entries[i];
+        if (entry.key == key)
             return &entry;
     }
     return nullptr;
@@ -70,8 +92,7 @@ QVariant ZBVariantMapSubject::value(const QString &key) const
 
 void ZBVariantMapSubject::fold(Entry &entry)
 {
-    entry.hasFolded = entry.value.typeId() == QMetaType::QString;
-    if (!entry.hasFolded)
+    if (entry.value.typeId() != QMetaType::QString)
     {
         entry.folded = {};
         return;
@@ -79,10 +100,10 @@ void ZBVariantMapSubject::fold(Entry &entry)
     // The raw text must read as present even when empty.
     const QString text = entry.value.toString();
     const QString raw = text.isNull() ? QStringLiteral("") : text;
-    entry.folded[0] = raw;
-    entry.folded[1] = ZBTextFold::fold(raw, true, false);
-    entry.folded[2] = ZBTextFold::fold(raw, false, true);
-    entry.folded[3] = ZBTextFold::fold(raw, true, true);
+    entry.folded[foldIndex(false, false)] = raw;
+    entry.folded[foldIndex(true, false)] = ZBTextFold::fold(raw, true, false);
+    entry.folded[foldIndex(false, true)] = ZBTextFold::fold(raw, false, true);
+    entry.folded[foldIndex(true, true)] = ZBTextFold::fold(raw, true, true);
 }
 
 void ZBVariantMapSubject::setValue(const QString &key, const QVariant &value)
@@ -90,7 +111,8 @@ void ZBVariantMapSubject::setValue(const QString &key, const QVariant &value)
     Entry *entry = const_cast<Entry *>(find(key));
     if (!entry)
     {
-        m_entries.push_back(Entry());
+        m_entries.append(Entry());
+        m_fingerprints.append(fingerprint(key));
         entry = &m_entries.back();
         entry->key = key;
     }
@@ -101,11 +123,12 @@ void ZBVariantMapSubject::setValue(const QString &key, const QVariant &value)
 
 void ZBVariantMapSubject::removeValue(const QString &key)
 {
-    for (auto it = m_entries.begin(); it != m_entries.end(); ++it)
+    for (qsizetype i = 0; i < m_entries.size(); ++i)
     {
-        if (it->key == key)
+        if (m_entries[i].key == key)
         {
-            m_entries.erase(it);
+            m_entries.remove(i);
+            m_fingerprints.remove(i);
             return;
         }
     }
@@ -143,9 +166,21 @@ QString ZBVariantMapSubject::foldedValueForKey(const QString &key, bool caseInse
     if (m_cacheFolds)
     {
         const Entry *entry = find(key);
-        if (!entry || !entry->hasFolded)
+        if (!entry)
             return {};
-        return entry->folded[static_cast<size_t>((caseInsensitive ? 1 : 0) | (diacriticInsensitive ? 2 : 0))];
+        return entry->folded[foldIndex(caseInsensitive, diacriticInsensitive)];
     }
     return ZBPredicateSubject::foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
+}
+
+const QString *ZBVariantMapSubject::cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
+                                                            bool diacriticInsensitive) const
+{
+    if (!m_cacheFolds)
+        return nullptr;
+    const Entry *entry = find(key);
+    if (!entry)
+        return nullptr;
+    const QString &folded = entry->folded[foldIndex(caseInsensitive, diacriticInsensitive)];
+    return folded.isNull() ? nullptr : &folded;
 }

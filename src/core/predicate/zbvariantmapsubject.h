@@ -1,11 +1,11 @@
 #pragma once
 
 #include <QHash>
+#include <QVarLengthArray>
 #include <QString>
 #include <QVariant>
 
 #include <array>
-#include <vector>
 
 #include "predicate/zbpredicatesubject.h"
 
@@ -34,24 +34,30 @@ public:
 
     QVariant valueForKeyPath(const QString &keyPath) const override;
     QString foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const override;
+    const QString *cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
+                                           bool diacriticInsensitive) const override;
 
     // The key path walk on any value, for callers without a subject.
     static QVariant valueForKeyPath(const QVariant &root, QStringView keyPath);
 
 private:
     // Records have a handful of keys and are scanned over whole libraries, so
-    // a flat array read in order beats a hash table's scattered nodes.
+    // the layout is chosen for few cache misses per lookup: the entries live
+    // inside the object, a compact fingerprint per key finds the right one,
+    // and an entry's key sits next to its case- and diacritic-folded text.
     struct Entry
     {
         QString key;
+        std::array<QString, 4> folded; // see foldIndex(); all null when not text
         QVariant value;
-        bool hasFolded = false;
-        std::array<QString, 4> folded; // index: case | diacritics << 1
     };
 
+    static quint32 fingerprint(const QString &key);
+    static size_t foldIndex(bool caseInsensitive, bool diacriticInsensitive);
     const Entry *find(const QString &key) const;
     static void fold(Entry &entry);
 
-    std::vector<Entry> m_entries;
+    QVarLengthArray<quint32, 8> m_fingerprints;
+    QVarLengthArray<Entry, 8> m_entries;
     bool m_cacheFolds = false;
 };

@@ -109,11 +109,12 @@ private:
     void drainEvents();
     void handleEvent(const mpv_event &event);
     void handlePropertyChange(quint64 slot, const QVariant &value);
-    void handleReply(quint64 userdata, int error, const QVariant &value);
+    void handleReply(quint64 userdata, int error, const QVariant &value, const QString &name);
     void sendLoad();
     void describeLoadedFile();
     void finishLoad();
     void failLoad(const QString &reason);
+    void finishSeek();
     void resetCache();
     void onRenderReady();
     void onRenderLost();
@@ -130,6 +131,8 @@ private:
     QString m_startError;
     QPointer<ZBMpvVideoView> m_view;
     bool m_renderReady = false;
+    // The view's GL context was replaced while a file was open.
+    bool m_videoLost = false;
     // Set while a drain is queued on the GUI thread, so a burst of wake-ups
     // from the core posts one call.
     std::atomic_bool m_drainQueued{false};
@@ -140,8 +143,11 @@ private:
     quint64 m_loadSerial = 0;
     // The core's playlist entry of the newest load, -1 until it is known.
     qint64 m_entryId = -1;
+    // START_FILE of the newest entry has come: property changes are its own.
+    bool m_fileStarted = false;
     bool m_fileOpened = false;
     QTimer m_loadWatchdog;
+    int m_describePending = 0;
     QVariantMap m_description;
 
     double m_timePos = -1.0;
@@ -152,10 +158,11 @@ private:
     int m_width = 0;
     int m_height = 0;
     int m_volume = 100;
+    bool m_seekable = false;
     QString m_summary;
 
     quint64 m_seekSerial = 0;
     bool m_seeking = false;
     bool m_seekAcknowledged = false;
-    double m_seekTarget = 0.0;
+    QTimer m_seekWatchdog;
 };

@@ -15,9 +15,6 @@ ZBMpvVideoView::ZBMpvVideoView(mpv_handle *mpv, QWidget *parent)
 {
     setMinimumSize(16, 16);
     connect(this, &QOpenGLWidget::frameSwapped, this, &ZBMpvVideoView::onFrameSwapped);
-    // Emitted with the old GL context current when Qt replaces it (the widget
-    // changed windows) or tears it down.
-    connect(this, &QOpenGLWidget::aboutToBeDestroyed, this, &ZBMpvVideoView::releaseRenderContext);
 }
 
 ZBMpvVideoView::~ZBMpvVideoView()
@@ -45,6 +42,10 @@ void ZBMpvVideoView::initializeGL()
     // went with aboutToBeDestroyed.
     if (m_render)
         releaseRenderContext();
+    // Qt replaces the GL context when the widget changes windows, and tears
+    // it down with the window.
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &ZBMpvVideoView::releaseRenderContext,
+            Qt::UniqueConnection);
 
     mpv_opengl_init_params glInit{};
     glInit.get_proc_address = &ZBMpvVideoView::getProcAddress;

@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QFileInfo>
 
 #include <clocale>
 
@@ -16,5 +17,12 @@ int main(int argc, char *argv[])
     MainWndController controller;
     if (!controller.start())
         return 1;
+    QStringList files;
+    for (const QString &argument : app.arguments().mid(1))
+    {
+        if (!argument.startsWith(QLatin1Char('-')))
+            files << QFileInfo(argument).absoluteFilePath();
+    }
+    controller.openFiles(files);
     return app.exec();
 }

@@ -1,15 +1,26 @@
 #include "ui/app/mainwndcontroller.h"
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProgressDialog>
+#include <QShortcut>
+#include <QSplitter>
+#include <QTableView>
 
+#include "engines/mpv/zbmpvengine.h"
 #include "library/zblibrarycontroller.h"
+#include "library/zblibraryimporter.h"
 #include "localization/zblocalizer.h"
 #include "localization/zbmainmenudefinition.h"
 #include "settings/zbsettings.h"
+#include "ui/library/zbtracklistmodel.h"
 #include "ui/localization/zbmenulocalizer.h"
+#include "ui/playback/zbplaybackcontroller.h"
+#include "ui/playback/zbplaybackdialogs.h"
+#include "ui/playback/zbplayerpanel.h"
 
 namespace
 {
@@ -51,7 +62,11 @@ MainWndController::MainWndController(QObject *parent)
     m_window->resize(1024, 680);
 }
 
-MainWndController::~MainWndController() = default;
+MainWndController::~MainWndController()
+{
+    // The controller stops the engines it drives; it must go before them.
+    m_playback.reset();
+}
 
 bool MainWndController::start()
 {
@@ -64,6 +79,7 @@ bool MainWndController::start()
     m_library->initLibrary();
 
     buildMainMenu();
+    buildPlayerWindow();
     m_window->setWindowTitle(ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")));
     const QByteArray frame = m_settings->windowFrame(ZBSettings::mainWindowFrameName());
     if (!frame.isEmpty())
@@ -78,6 +94,127 @@ void MainWndController::saveUserDefaults()
     m_settings->setWindowFrame(ZBSettings::mainWindowFrameName(), m_window->saveGeometry());
     const std::unique_ptr<QSettings> store = ZBSettings::openStore();
     m_settings->saveUserDefaults(*store);
+}
+
+void MainWndController::buildPlayerWindow()
+{
+    m_dialogs = std::make_unique<ZBPlaybackDialogs>(m_window.get());
+    m_playback = std::make_unique<ZBPlaybackController>(m_library.get(), m_settings.get(), m_dialogs.get());
+    m_videoEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::VideoMovie);
+    m_realEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::RealMedia);
+    m_playback->setEngine(ZBPlaybackEngine::VideoMovie, m_videoEngine.get());
+    m_playback->setEngine(ZBPlaybackEngine::RealMedia, m_realEngine.get());
+
+    m_playerPanel = new ZBPlayerPanel(m_playback.get());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
+
+    m_trackModel = new ZBTrackListModel(this);
+    m_trackTable = new QTableView;
+    m_trackTable->setModel(m_trackModel);
+    m_trackTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_trackTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_trackTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_trackTable->setAlternatingRowColors(true);
+    m_trackTable->verticalHeader()->hide();
+    m_trackTable->horizontalHeader()->setStretchLastSection(true);
+    m_trackTable->setColumnWidth(0, 320);
+    connect(m_trackTable, &QTableView::activated, this, [this](const QModelIndex &index) { playRow(index.row()); });
+    connect(m_trackTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex &current) { m_playback->setSelectedRow(current.row()); });
+    connect(m_playback.get(), &ZBPlaybackController::trackChanged, m_trackModel, &ZBTrackListModel::trackChanged);
+    connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, m_trackModel,
+            &ZBTrackListModel::setPlayingItem);
+    connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this, [this](ZBItem *item) {
+        m_window->setWindowTitle(
+            item ? ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitlePlaying")).arg(item->Name())
+                 : ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")));
+        if (const int row = m_trackModel->rowOf(item); row >= 0)
+            m_trackTable->scrollTo(m_trackModel->index(row, 0));
+    });
+    connect(m_playback.get(), &ZBPlaybackController::trackRemoved, this, [this]() { reloadTrackList(); });
+
+    auto *splitter = new QSplitter(Qt::Vertical);
+    splitter->addWidget(m_playerPanel);
+    splitter->addWidget(m_trackTable);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
+    m_window->setCentralWidget(splitter);
+    addShortcuts();
+    reloadTrackList();
+}
+
+void MainWndController::addShortcuts()
+{
+    const auto bind = [this](const QKeySequence &keys, auto slot) {
+        auto *shortcut = new QShortcut(keys, m_window.get());
+        shortcut->setContext(Qt::WindowShortcut);
+        connect(shortcut, &QShortcut::activated, m_playback.get(), slot);
+    };
+    bind(QKeySequence(Qt::Key_Space), [this]() { m_playback->play_video(ZBPlaybackController::Sender::PlayButton); });
+    bind(QKeySequence(Qt::CTRL | Qt::Key_Right), [this]() { m_playback->buttonNextClick(); });
+    bind(QKeySequence(Qt::CTRL | Qt::Key_Left), [this]() { m_playback->buttonPrevClick(); });
+    bind(QKeySequence(Qt::CTRL | Qt::Key_Up), [this]() { m_playback->volumeUp(); });
+    bind(QKeySequence(Qt::CTRL | Qt::Key_Down), [this]() { m_playback->volumeDown(); });
+    bind(QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Down), [this]() { m_playback->mute(); });
+    bind(QKeySequence(Qt::CTRL | Qt::Key_Period), [this]() { m_playback->stopPlayback(); });
+}
+
+void MainWndController::reloadTrackList()
+{
+    ZBPlaylist *allTracks = m_library->playlistByUUID(m_library->allTracksUUID());
+    const ZBItemList tracks =
+        ZBLibraryController::sortList(m_library->getItemsFromPlaylist(allTracks), QStringLiteral("Name"), true);
+    m_trackModel->setTracks(tracks);
+    m_playback->setCurrentList(tracks, m_library->allTracksUUID());
+    if (m_playback->playingItem())
+        m_trackModel->setPlayingItem(m_playback->playingItem());
+}
+
+void MainWndController::playRow(int row)
+{
+    if (row < 0)
+        return;
+    m_trackTable->selectRow(row);
+    m_playback->setSelectedRow(row);
+    m_playback->play_video(ZBPlaybackController::Sender::TrackTable);
+}
+
+void MainWndController::openFiles(const QStringList &paths)
+{
+    if (paths.isEmpty())
+        return;
+    if (!m_importer)
+        m_importer = std::make_unique<ZBLibraryImporter>(*m_library);
+    if (m_importer->isRunning())
+        m_importer->cancel();
+
+    auto *progress = new QProgressDialog(ZBLocalizer::localizedStringForKey(QStringLiteral("importWindowTitle")),
+                                         ZBLocalizer::cancelButtonTitle(), 0, 0, m_window.get());
+    progress->setWindowModality(Qt::WindowModal);
+    progress->setMinimumDuration(400);
+    progress->setAutoClose(false);
+    connect(progress, &QProgressDialog::canceled, m_importer.get(), &ZBLibraryImporter::cancel);
+    connect(m_importer.get(), &ZBLibraryImporter::progress, progress, [progress](int done, int total, const QString &) {
+        progress->setMaximum(total);
+        progress->setValue(done);
+    });
+    auto firstAdded = std::make_shared<QString>();
+    connect(m_importer.get(), &ZBLibraryImporter::trackStored, progress,
+            [firstAdded](const QString &uuid, const QString &, bool) {
+                if (firstAdded->isEmpty())
+                    *firstAdded = uuid;
+            });
+    connect(m_importer.get(), &ZBLibraryImporter::finished, progress,
+            [this, progress, firstAdded](const ZBLibraryImporter::Counts &, bool canceled) {
+                progress->deleteLater();
+                reloadTrackList();
+                if (canceled || firstAdded->isEmpty() || !m_settings->option_autoplayAddedFiles)
+                    return;
+                if (ZBItem *item = m_library->itemByUUID(*firstAdded))
+                    playRow(m_trackModel->rowOf(item));
+            });
+    m_importer->start(paths);
 }
 
 void MainWndController::buildMainMenu()

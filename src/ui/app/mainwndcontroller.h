@@ -6,8 +6,15 @@
 
 class QMainWindow;
 class QMenuBar;
+class QTableView;
 class ZBLibraryController;
+class ZBLibraryImporter;
+class ZBMpvEngine;
+class ZBPlaybackController;
+class ZBPlaybackDialogs;
+class ZBPlayerPanel;
 class ZBSettings;
+class ZBTrackListModel;
 struct ZBMenuEntry;
 
 // Coordinates the main window and the objects that own the program's state.
@@ -26,16 +33,34 @@ public:
     bool start();
     // Writes the settings back; called once as the application quits.
     void saveUserDefaults();
+    // Files and folders handed to the program: added to the library, and the
+    // first added file plays when autoplay is on.
+    void openFiles(const QStringList &paths);
 
     QMainWindow *window() const { return m_window.get(); }
     ZBLibraryController *library() const { return m_library.get(); }
     ZBSettings *settings() const { return m_settings.get(); }
+    ZBPlaybackController *playback() const { return m_playback.get(); }
+    ZBTrackListModel *trackModel() const { return m_trackModel; }
+    QTableView *trackTable() const { return m_trackTable; }
 
 private:
     bool openLibrary();
     void buildMainMenu();
+    void buildPlayerWindow();
+    void addShortcuts();
+    void reloadTrackList();
+    void playRow(int row);
 
     std::unique_ptr<ZBSettings> m_settings;
     std::unique_ptr<ZBLibraryController> m_library;
     std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<ZBPlaybackDialogs> m_dialogs;
+    std::unique_ptr<ZBMpvEngine> m_videoEngine;
+    std::unique_ptr<ZBMpvEngine> m_realEngine;
+    std::unique_ptr<ZBPlaybackController> m_playback;
+    std::unique_ptr<ZBLibraryImporter> m_importer;
+    ZBPlayerPanel *m_playerPanel = nullptr;
+    ZBTrackListModel *m_trackModel = nullptr;
+    QTableView *m_trackTable = nullptr;
 };

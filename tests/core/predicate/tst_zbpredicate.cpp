@@ -173,6 +173,8 @@ void TestZBPredicate::evaluate_data()
     QTest::newRow("key against key") << "PlayCount > Rating" << true;
     QTest::newRow("number against numeric text") << "Rating == '3'" << true;
     QTest::newRow("number against other text") << "Rating == 'three'" << false;
+    QTest::newRow("number against numeric text, other form") << "Rating == ' 3.0'" << true;
+    QTest::newRow("number against numeric text, ordered") << "Rating < '10'" << true;
 
     // Booleans count as 0 and 1.
     QTest::newRow("isSmart == NO") << "isSmart == NO" << true;
@@ -751,6 +753,19 @@ void TestZBPredicate::foldedFastPathIsUsed()
         QVERIFY(ZBPredicate::parse(QStringLiteral("Type contains[c] 'w' AND Type contains[cd] 'w'"))
                     .evaluate(counting));
         QCOMPARE(counting.foldedCalls, 2);
+    }
+    {
+        // Comparing a text key with a text constant needs no QVariant either.
+        CountingSubject counting(track);
+        QVERIFY(ZBPredicate::parse(QStringLiteral("!(Empty == '') OR Type ==[c] 'swf'")).evaluate(counting));
+        QCOMPARE(counting.foldedCalls, 2);
+        QCOMPARE(counting.valueCalls, 0);
+    }
+    {
+        // A number compared with text still compares as a number.
+        CountingSubject counting(track);
+        QVERIFY(ZBPredicate::parse(QStringLiteral("Rating == '3.0'")).evaluate(counting));
+        QCOMPARE(counting.valueCalls, 1);
     }
     {
         // An absent key falls back to the general path and is false.

@@ -1,0 +1,124 @@
+#include "ui/playback/zbplayerpanel.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSlider>
+#include <QStackedLayout>
+#include <QStyle>
+
+#include "localization/zblocalizer.h"
+#include "ui/playback/zbplaybackcontroller.h"
+
+ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
+    : QWidget(parent)
+    , m_controller(controller)
+    , m_views(new QStackedLayout)
+    , m_logo(new QLabel)
+    , m_previous(new QPushButton)
+    , m_play(new QPushButton)
+    , m_next(new QPushButton)
+    , m_seek(new QSlider(Qt::Horizontal))
+    , m_time(new QLabel(QStringLiteral("00:00")))
+    , m_volume(new QSlider(Qt::Horizontal))
+{
+    m_logo->setAlignment(Qt::AlignCenter);
+    m_logo->setText(QStringLiteral("<div style='color:#dcdcdc'><p style='font-size:28pt; font-weight:600'>Norvik "
+                                   "Player</p><p style='font-size:11pt; color:#9a9a9a'>%1</p></div>")
+                        .arg(ZBLocalizer::localizedStringForKey(QStringLiteral("tutorialTopHint")).toHtmlEscaped()));
+    m_logo->setAutoFillBackground(true);
+    QPalette dark = m_logo->palette();
+    dark.setColor(QPalette::Window, QColor(24, 24, 26));
+    m_logo->setPalette(dark);
+    m_logo->setMinimumSize(320, 200);
+    m_views->addWidget(m_logo);
+
+    m_previous->setIcon(style()->standardIcon(QStyle::SP_MediaSkipBackward));
+    m_play->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
+    m_next->setIcon(style()->standardIcon(QStyle::SP_MediaSkipForward));
+    m_previous->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("tooltipButtonPrev")));
+    m_play->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("tooltipButtonPlay")));
+    m_next->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("tooltipButtonNext")));
+    // Held, next and previous fire continuously and seek; the controller tells
+    // a click from a hold by how long the firing goes on.
+    for (QPushButton *button : {m_previous, m_next})
+    {
+        button->setAutoRepeat(true);
+        button->setAutoRepeatDelay(60);
+        button->setAutoRepeatInterval(60);
+    }
+    m_seek->setEnabled(false);
+    m_time->setMinimumWidth(m_time->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00/00:00:00")));
+    m_time->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_volume->setRange(0, 100);
+    m_volume->setValue(controller->volume());
+    m_volume->setMaximumWidth(110);
+    m_volume->setToolTip(QStringLiteral("Volume"));
+
+    auto *transport = new QHBoxLayout;
+    transport->addWidget(m_previous);
+    transport->addWidget(m_play);
+    transport->addWidget(m_next);
+    transport->addWidget(m_seek, 1);
+    transport->addWidget(m_time);
+    auto *speaker = new QLabel;
+    speaker->setPixmap(style()->standardIcon(QStyle::SP_MediaVolume).pixmap(16, 16));
+    transport->addWidget(speaker);
+    transport->addWidget(m_volume);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addLayout(m_views, 1);
+    layout->addLayout(transport);
+
+    connect(m_play, &QPushButton::clicked, controller,
+            [controller]() { controller->play_video(ZBPlaybackController::Sender::PlayButton); });
+    connect(m_next, &QPushButton::clicked, controller, &ZBPlaybackController::holdOnButtonNext);
+    connect(m_previous, &QPushButton::clicked, controller, &ZBPlaybackController::holdOnButtonPrev);
+    connect(m_seek, &QSlider::sliderMoved, controller, [controller](int value) { controller->seekSliderMoved(value); });
+    connect(m_volume, &QSlider::valueChanged, controller, &ZBPlaybackController::volumeAction);
+    connect(controller, &ZBPlaybackController::volumeChanged, m_volume, [this](int volume) {
+        const QSignalBlocker blocker(m_volume);
+        m_volume->setValue(volume);
+    });
+    connect(controller, &ZBPlaybackController::playingStateChanged, this, &ZBPlayerPanel::updatePlaying);
+    connect(controller, &ZBPlaybackController::timeChanged, this, &ZBPlayerPanel::updateTime);
+    connect(controller, &ZBPlaybackController::logoRequested, this, &ZBPlayerPanel::showLogo);
+}
+
+void ZBPlayerPanel::addEngineView(int engineCode, QWidget *view)
+{
+    if (!view || m_engineViews.contains(engineCode))
+        return;
+    if (m_views->indexOf(view) < 0)
+        m_views->addWidget(view);
+    m_engineViews.insert(engineCode, view);
+}
+
+void ZBPlayerPanel::showLogo()
+{
+    m_views->setCurrentWidget(m_logo);
+}
+
+void ZBPlayerPanel::showEngine(int engineCode)
+{
+    if (QWidget *view = m_engineViews.value(engineCode))
+        m_views->setCurrentWidget(view);
+}
+
+void ZBPlayerPanel::updatePlaying(bool playing)
+{
+    m_play->setIcon(style()->standardIcon(playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+    m_seek->setEnabled(m_controller->playingItem() != nullptr);
+    if (playing)
+        showEngine(m_controller->currentUsedView());
+}
+
+void ZBPlayerPanel::updateTime(const QString &text, int value, int maximum)
+{
+    m_time->setText(text);
+    if (m_seek->isSliderDown())
+        return;
+    m_seek->setMaximum(std::max(0, maximum));
+    m_seek->setValue(value);
+}

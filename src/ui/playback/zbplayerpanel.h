@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+class QSlider;
+class QStackedLayout;
+class ZBPlaybackController;
+
+// The player area: the engine's picture (or the logo when nothing plays) over
+// the transport row — previous, play/pause, next, the seek slider with its
+// time label, and the volume slider.
+class ZBPlayerPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent = nullptr);
+
+    // The engine views to switch between; a null view is skipped.
+    void addEngineView(int engineCode, QWidget *view);
+    void showLogo();
+    void showEngine(int engineCode);
+
+    QPushButton *playButton() const { return m_play; }
+    QPushButton *nextButton() const { return m_next; }
+    QPushButton *previousButton() const { return m_previous; }
+    QSlider *seekSlider() const { return m_seek; }
+    QSlider *volumeSlider() const { return m_volume; }
+    QLabel *timeLabel() const { return m_time; }
+
+private:
+    void updatePlaying(bool playing);
+    void updateTime(const QString &text, int value, int maximum);
+
+    ZBPlaybackController *m_controller;
+    QStackedLayout *m_views;
+    QLabel *m_logo;
+    QHash<int, QWidget *> m_engineViews;
+    QPushButton *m_previous;
+    QPushButton *m_play;
+    QPushButton *m_next;
+    QSlider *m_seek;
+    QLabel *m_time;
+    QSlider *m_volume;
+};

@@ -1,0 +1,452 @@
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QImage>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <cmath>
+
+#include "engines/mpv/zbmpvengine.h"
+#include "support/mediafactory.h"
+
+using nvktest::MediaFactory;
+
+namespace
+{
+// Loading a 2-second clip takes a fraction of a second; these are ceilings
+// for a loaded machine, not expectations.
+constexpr int LoadTimeoutMs = 20000;
+constexpr int PlayTimeoutMs = 15000;
+constexpr double ClipSeconds = 2.0;
+
+// Mean difference per colour channel (0..255) of two pictures of one size.
+double pictureDistance(const QImage &a, const QImage &b)
+{
+    const QImage left = a.convertToFormat(QImage::Format_RGB32);
+    const QImage right = b.convertToFormat(QImage::Format_RGB32).scaled(left.size());
+    double sum = 0;
+    for (int y = 0; y < left.height(); ++y)
+    {
+        const auto *l = reinterpret_cast<const QRgb *>(left.constScanLine(y));
+        const auto *r = reinterpret_cast<const QRgb *>(right.constScanLine(y));
+        for (int x = 0; x < left.width(); ++x)
+        {
+            sum += std::abs(qRed(l[x]) - qRed(r[x])) + std::abs(qGreen(l[x]) - qGreen(r[x]))
+                   + std::abs(qBlue(l[x]) - qBlue(r[x]));
+        }
+    }
+    return sum / (3.0 * left.width() * left.height());
+}
+
+int distinctColours(const QImage &image)
+{
+    QSet<QRgb> colours;
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    for (int y = 0; y < rgb.height(); y += 4)
+    {
+        for (int x = 0; x < rgb.width(); x += 4)
+            colours.insert(rgb.pixel(x, y));
+    }
+    return int(colours.size());
+}
+} // namespace
+
+// The video engine on real files that ffmpeg makes for the test: what the
+// playback controller relies on (loaded/loadFailed/endReached, cached times,
+// exact seeks, volume, snapshots), headless.
+class TestZBMpvEngine : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+
+    void acceptsEveryFormat_data();
+    void acceptsEveryFormat();
+    void refusesWhatCannotPlay_data();
+    void refusesWhatCannotPlay();
+
+    void loadsEveryFormat_data();
+    void loadsEveryFormat();
+    void loadFailsForUnplayableFiles_data();
+    void loadFailsForUnplayableFiles();
+    void newestLoadWins();
+
+    void playAdvancesAndEndsOnce();
+    void seekLandsExactly_data();
+    void seekLandsExactly();
+    void seekBackAfterTheEndEndsAgain();
+    void pauseHoldsThePosition();
+
+    void volumeIsClampedAndKept();
+    void stopReturnsToIdle();
+    void headlessHasNoView();
+
+private:
+    QString clip(const QString &extension)
+    {
+        QString error;
+        const QString path = MediaFactory::clip(extension, &error);
+        if (path.isEmpty())
+            qWarning().noquote() << error;
+        return path;
+    }
+    // Loads and waits for the answer; false with a message on failure.
+    bool loadInto(ZBMpvEngine &engine, const QString &path)
+    {
+        QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
+        QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
+        engine.load(path);
+        if (!QTest::qWaitFor([&]() { return !loaded.isEmpty() || !failed.isEmpty(); }, LoadTimeoutMs))
+        {
+            qWarning() << "no answer to the load of" << path;
+            return false;
+        }
+        if (!failed.isEmpty())
+            qWarning() << "load failed:" << failed.first().first().toString();
+        return loaded.size() == 1 && failed.isEmpty();
+    }
+    bool seekAndWait(ZBMpvEngine &engine, double position)
+    {
+        QSignalSpy finished(&engine, &ZBMpvEngine::seekFinished);
+        engine.seek(position);
+        return QTest::qWaitFor([&]() { return !finished.isEmpty() && !engine.isSeeking(); }, LoadTimeoutMs);
+    }
+};
+
+void TestZBMpvEngine::initTestCase()
+{
+    if (!MediaFactory::isAvailable())
+        QSKIP(qPrintable(MediaFactory::unavailableReason()));
+    ZBMpvEngine probe(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY2(probe.startError().isEmpty(), qPrintable(probe.startError()));
+}
+
+void TestZBMpvEngine::acceptsEveryFormat_data()
+{
+    QTest::addColumn<QString>("extension");
+    for (const QString &extension : MediaFactory::formats())
+        QTest::newRow(qPrintable(extension)) << extension;
+}
+
+void TestZBMpvEngine::acceptsEveryFormat()
+{
+    QFETCH(QString, extension);
+    const QString path = clip(extension);
+    QVERIFY(!path.isEmpty());
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(engine.canInitWithFile(path));
+    QString reason;
+    QVERIFY2(ZBMpvEngine::checkFile(path, &reason), qPrintable(reason));
+}
+
+void TestZBMpvEngine::refusesWhatCannotPlay_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("reason");
+    if (!MediaFactory::isAvailable())
+        return;
+    const QString mp4 = MediaFactory::clip(QStringLiteral("mp4"));
+    const QString text = QDir(MediaFactory::folder()).filePath(QStringLiteral("notes.avi"));
+    {
+        QFile file(text);
+        if (file.open(QIODevice::WriteOnly))
+            file.write("These are not the frames you are looking for.\n");
+    }
+    const QString empty = QDir(MediaFactory::folder()).filePath(QStringLiteral("empty.mkv"));
+    QFile(empty).open(QIODevice::WriteOnly);
+
+    QTest::newRow("missing") << QDir(MediaFactory::folder()).filePath(QStringLiteral("absent.mp4"))
+                             << "does not exist";
+    QTest::newRow("folder") << MediaFactory::folder() << "folder";
+    QTest::newRow("empty") << empty << "cannot be decoded";
+    QTest::newRow("text") << text << "cannot be decoded";
+    QTest::newRow("garbage mp4") << MediaFactory::garbage(QStringLiteral("mp4")) << "cannot be decoded";
+    QTest::newRow("garbage rm") << MediaFactory::garbage(QStringLiteral("rm")) << "cannot be decoded";
+    // The index of an MP4 written in one pass comes last: cut it off.
+    QTest::newRow("truncated mp4") << MediaFactory::truncatedCopy(mp4, 2048) << "cannot be decoded";
+    QTest::newRow("empty path") << QString() << "no file";
+}
+
+void TestZBMpvEngine::refusesWhatCannotPlay()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, reason);
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(!engine.canInitWithFile(path));
+    QString why;
+    QVERIFY(!ZBMpvEngine::checkFile(path, &why));
+    QVERIFY2(why.contains(reason), qPrintable(why));
+}
+
+void TestZBMpvEngine::loadsEveryFormat_data()
+{
+    acceptsEveryFormat_data();
+}
+
+void TestZBMpvEngine::loadsEveryFormat()
+{
+    QFETCH(QString, extension);
+    const QString path = clip(extension);
+    QVERIFY(!path.isEmpty());
+    const int code = extension.startsWith(u"rm") ? ZBPlaybackEngine::RealMedia : ZBPlaybackEngine::VideoMovie;
+    ZBMpvEngine engine(code, ZBMpvEngine::Output::Headless);
+    QCOMPARE(engine.engineCode(), code);
+    QVERIFY(!engine.isLoaded());
+    QCOMPARE(engine.currentTime(), -1.0);
+
+    QVERIFY(loadInto(engine, path));
+    QVERIFY(engine.isLoaded());
+    // Loading leaves the file paused at its start.
+    QVERIFY(!engine.isPlaying());
+    QVERIFY2(engine.currentTime() >= 0.0 && engine.currentTime() < 0.1, qPrintable(QString::number(engine.currentTime())));
+    // Containers round the length to their own clock (AVI, ASF, FLV add a
+    // frame or two).
+    QVERIFY2(std::abs(engine.totalTime() - ClipSeconds) < 0.15, qPrintable(QString::number(engine.totalTime())));
+    QCOMPARE(engine.naturalSize(), QSize(160, 120));
+    QVERIFY2(engine.formatSummary().contains(QStringLiteral("160 x 120")), qPrintable(engine.formatSummary()));
+
+    const QImage picture = engine.snapshot();
+    QCOMPARE(picture.size(), QSize(160, 120));
+    // Colour bars, a gradient and a counter: anything but a flat picture.
+    QVERIFY2(distinctColours(picture) > 8, qPrintable(QString::number(distinctColours(picture))));
+    QVERIFY(picture.pixel(10, 10) != picture.pixel(150, 10));
+}
+
+void TestZBMpvEngine::loadFailsForUnplayableFiles_data()
+{
+    QTest::addColumn<QString>("path");
+    if (!MediaFactory::isAvailable())
+        return;
+    QTest::newRow("garbage") << MediaFactory::garbage(QStringLiteral("mp4"), 20000);
+    QTest::newRow("truncated") << MediaFactory::truncatedCopy(MediaFactory::clip(QStringLiteral("mov")), 1500);
+    QTest::newRow("missing") << QDir(MediaFactory::folder()).filePath(QStringLiteral("gone.mkv"));
+}
+
+void TestZBMpvEngine::loadFailsForUnplayableFiles()
+{
+    QFETCH(QString, path);
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
+    QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
+    engine.load(path);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, LoadTimeoutMs);
+    const QString reason = failed.first().first().toString();
+    QVERIFY2(reason.contains(QFileInfo(path).fileName()), qPrintable(reason));
+    QVERIFY(loaded.isEmpty());
+    QVERIFY(!engine.isLoaded());
+    QCOMPARE(engine.currentTime(), -1.0);
+    QCOMPARE(engine.totalTime(), 0.0);
+    QVERIFY(engine.snapshot().isNull());
+
+    // The engine is not stuck in the failure: the next file plays.
+    QVERIFY(loadInto(engine, clip(QStringLiteral("mp4"))));
+    QCOMPARE(engine.naturalSize(), QSize(160, 120));
+    QCOMPARE(failed.size(), 1);
+}
+
+void TestZBMpvEngine::newestLoadWins()
+{
+    const QString first = clip(QStringLiteral("mkv"));
+    const QString second = clip(QStringLiteral("avi"));
+    const QString broken = MediaFactory::garbage(QStringLiteral("wmv"), 10000);
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
+    QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
+
+    // A failing file replaced before its failure is reported says nothing.
+    engine.load(broken);
+    engine.load(first);
+    engine.load(second);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, LoadTimeoutMs);
+    // Give stale answers for the earlier files time to arrive.
+    QTest::qWait(500);
+    QCOMPARE(loaded.size(), 1);
+    QCOMPARE(failed.size(), 0);
+    QCOMPARE(engine.loadedPath(), QFileInfo(second).absoluteFilePath());
+    QVERIFY2(engine.formatSummary().startsWith(QStringLiteral("avi:")), qPrintable(engine.formatSummary()));
+}
+
+void TestZBMpvEngine::playAdvancesAndEndsOnce()
+{
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(loadInto(engine, clip(QStringLiteral("mp4"))));
+    QSignalSpy ended(&engine, &ZBPlaybackEngine::endReached);
+
+    engine.play();
+    QVERIFY(engine.isPlaying());
+    QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.3, PlayTimeoutMs);
+    QVERIFY(engine.currentTime() < ClipSeconds);
+    QVERIFY(ended.isEmpty());
+
+    QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, PlayTimeoutMs);
+    QVERIFY(!engine.isPlaying());
+    QVERIFY(engine.isLoaded());
+    QVERIFY2(engine.currentTime() > ClipSeconds - 0.2, qPrintable(QString::number(engine.currentTime())));
+    // Sitting at the end, or pressing play there, does not end it again.
+    engine.play();
+    QTest::qWait(700);
+    QCOMPARE(ended.size(), 1);
+    // The last frame stays on show.
+    QCOMPARE(engine.snapshot().size(), QSize(160, 120));
+}
+
+void TestZBMpvEngine::seekLandsExactly_data()
+{
+    QTest::addColumn<QString>("extension");
+    // H.264 with one key frame, MPEG-4 with a key frame every 12 frames,
+    // an MPEG program stream, RealVideo: a seek to the key frame before the
+    // target would land up to 1.3 s early.
+    QTest::newRow("mp4") << "mp4";
+    QTest::newRow("avi") << "avi";
+    QTest::newRow("mpg") << "mpg";
+    QTest::newRow("rm") << "rm";
+}
+
+void TestZBMpvEngine::seekLandsExactly()
+{
+    QFETCH(QString, extension);
+    const QString path = clip(extension);
+    QVERIFY(!path.isEmpty());
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(loadInto(engine, path));
+
+    const double target = 1.3;
+    QVERIFY(seekAndWait(engine, target));
+    QVERIFY2(std::abs(engine.currentTime() - target) <= 0.1, qPrintable(QString::number(engine.currentTime())));
+
+    // The picture shown is the one ffmpeg decodes at that time, not the key
+    // frame before it.
+    const QImage shown = engine.snapshot();
+    QCOMPARE(shown.size(), QSize(160, 120));
+    // Frames 32 to 34 are shown around 1.3 s; the others are key frames a
+    // seek could fall back to, or neighbours farther off.
+    struct Candidate
+    {
+        int frame;
+        double distance;
+    };
+    QList<Candidate> candidates;
+    for (const int frame : {0, 12, 24, 29, 32, 33, 34, 37, 45})
+    {
+        QString error;
+        const QString file = MediaFactory::referenceFrame(path, frame, &error);
+        QVERIFY2(!file.isEmpty(), qPrintable(error));
+        const QImage reference(file);
+        QVERIFY(!reference.isNull());
+        candidates.append({frame, pictureDistance(shown, reference)});
+    }
+    const auto best = std::min_element(candidates.cbegin(), candidates.cend(),
+                                       [](const Candidate &a, const Candidate &b) { return a.distance < b.distance; });
+    QVERIFY2(best->frame >= 32 && best->frame <= 34,
+             qPrintable(QStringLiteral("the picture is closest to frame %1").arg(best->frame)));
+
+    // Playing goes on from there, not from an earlier key frame.
+    engine.play();
+    QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > target + 0.1, PlayTimeoutMs);
+    QVERIFY(engine.currentTime() < ClipSeconds + 0.1);
+}
+
+void TestZBMpvEngine::seekBackAfterTheEndEndsAgain()
+{
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(loadInto(engine, clip(QStringLiteral("webm"))));
+    QSignalSpy ended(&engine, &ZBPlaybackEngine::endReached);
+    QVERIFY(seekAndWait(engine, 1.5));
+    engine.play();
+    QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, PlayTimeoutMs);
+
+    // Replaying the same file from a point before the end reaches it anew.
+    QVERIFY(seekAndWait(engine, 1.4));
+    QVERIFY(engine.currentTime() < 1.6);
+    engine.play();
+    QVERIFY(engine.isPlaying());
+    QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 2, PlayTimeoutMs);
+}
+
+void TestZBMpvEngine::pauseHoldsThePosition()
+{
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(loadInto(engine, clip(QStringLiteral("flv"))));
+    engine.play();
+    QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.4, PlayTimeoutMs);
+    engine.pause();
+    QVERIFY(!engine.isPlaying());
+    // Let the last position reports of the running clock arrive.
+    QTest::qWait(300);
+    const double held = engine.currentTime();
+    QTest::qWait(600);
+    QCOMPARE(engine.currentTime(), held);
+    QVERIFY(held < ClipSeconds);
+    engine.play();
+    QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > held + 0.2, PlayTimeoutMs);
+}
+
+void TestZBMpvEngine::volumeIsClampedAndKept()
+{
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QCOMPARE(engine.volume(), 100);
+    engine.setVolume(150);
+    QCOMPARE(engine.volume(), 100);
+    engine.setVolume(-5);
+    QCOMPARE(engine.volume(), 0);
+    engine.setVolume(42);
+    QCOMPARE(engine.volume(), 42);
+
+    // The core's own report of the volume agrees once the file plays.
+    QVERIFY(loadInto(engine, clip(QStringLiteral("mkv"))));
+    QTest::qWait(200);
+    QCOMPARE(engine.volume(), 42);
+    engine.setVolume(1000);
+    QTest::qWait(200);
+    QCOMPARE(engine.volume(), 100);
+}
+
+void TestZBMpvEngine::stopReturnsToIdle()
+{
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
+    QVERIFY(loadInto(engine, clip(QStringLiteral("3gp"))));
+    engine.play();
+    QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.2, PlayTimeoutMs);
+    QSignalSpy ended(&engine, &ZBPlaybackEngine::endReached);
+
+    engine.stop();
+    QCOMPARE(engine.currentTime(), -1.0);
+    QCOMPARE(engine.totalTime(), 0.0);
+    QVERIFY(!engine.isLoaded());
+    QVERIFY(!engine.isPlaying());
+    QVERIFY(!engine.naturalSize().isValid());
+    QVERIFY(engine.snapshot().isNull());
+    QVERIFY(engine.formatSummary().isEmpty());
+    // Late reports of the stopped file change nothing.
+    QTest::qWait(2500);
+    QCOMPARE(engine.currentTime(), -1.0);
+    QVERIFY(!engine.isLoaded());
+    QVERIFY(ended.isEmpty());
+    // Seeking and playing with nothing loaded are ignored.
+    engine.seek(1.0);
+    engine.play();
+    QVERIFY(!engine.isPlaying());
+    QCOMPARE(engine.currentTime(), -1.0);
+}
+
+void TestZBMpvEngine::headlessHasNoView()
+{
+    ZBMpvEngine forced(ZBPlaybackEngine::RealMedia, ZBMpvEngine::Output::Headless);
+    QVERIFY(forced.isHeadless());
+    QCOMPARE(forced.view(), nullptr);
+    if (QGuiApplication::platformName() != u"offscreen")
+        QSKIP("the automatic choice is only headless on the offscreen platform");
+    // Tests run on the offscreen platform, where a GL widget would crash:
+    // the automatic choice must be headless too.
+    ZBMpvEngine automatic(ZBPlaybackEngine::VideoMovie);
+    QVERIFY(automatic.isHeadless());
+    QCOMPARE(automatic.view(), nullptr);
+    QVERIFY(loadInto(automatic, clip(QStringLiteral("m4v"))));
+    QCOMPARE(automatic.naturalSize(), QSize(160, 120));
+}
+
+QTEST_MAIN(TestZBMpvEngine)
+#include "tst_zbmpvengine.moc"

@@ -1,0 +1,280 @@
+#include "support/swfwriter.h"
+
+#include <lzma.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace nvktest
+{
+namespace
+{
+void appendLE16(QByteArray &out, quint16 value)
+{
+    out.append(char(value & 0xff));
+    out.append(char(value >> 8));
+}
+
+void appendLE32(QByteArray &out, quint32 value)
+{
+    for (int shift = 0; shift < 32; shift += 8)
+        out.append(char((value >> shift) & 0xff));
+}
+
+void appendBE32(QByteArray &out, quint32 value)
+{
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out.append(char((value >> shift) & 0xff));
+}
+
+class BitWriter
+{
+public:
+    void write(quint32 value, int count)
+    {
+        for (int i = count - 1; i >= 0; --i)
+        {
+            if (m_used == 0)
+                m_bytes.append('\0');
+            if ((value >> i) & 1)
+                m_bytes.back() = char(quint8(m_bytes.back()) | (0x80 >> m_used));
+            m_used = (m_used + 1) % 8;
+        }
+    }
+    QByteArray bytes() const { return m_bytes; }
+
+private:
+    QByteArray m_bytes;
+    int m_used = 0;
+};
+
+QByteArray deflateBody(const QByteArray &body)
+{
+    uLongf size = compressBound(uLong(body.size()));
+    QByteArray out(qsizetype(size), Qt::Uninitialized);
+    if (compress2(reinterpret_cast<Bytef *>(out.data()), &size, reinterpret_cast<const Bytef *>(body.constData()),
+                  uLong(body.size()), Z_BEST_COMPRESSION)
+        != Z_OK)
+        throw std::runtime_error("deflate failed");
+    out.truncate(qsizetype(size));
+    return out;
+}
+
+// Raw LZMA1 with its 5 property bytes in front.
+QByteArray lzmaBody(const QByteArray &body, bool endMarker)
+{
+    lzma_options_lzma options;
+    if (lzma_lzma_preset(&options, 6))
+        throw std::runtime_error("no LZMA preset");
+    options.ext_flags = endMarker ? LZMA_LZMA1EXT_ALLOW_EOPM : 0;
+    lzma_set_ext_size(options, quint64(body.size()));
+    const lzma_filter filters[2] = {{LZMA_FILTER_LZMA1EXT, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
+
+    lzma_filter propertyFilter = {LZMA_FILTER_LZMA1, &options};
+    uint8_t properties[5];
+    if (lzma_properties_encode(&propertyFilter, properties) != LZMA_OK)
+        throw std::runtime_error("LZMA properties");
+
+    lzma_stream stream = LZMA_STREAM_INIT;
+    if (lzma_raw_encoder(&stream, filters) != LZMA_OK)
+        throw std::runtime_error("LZMA encoder");
+    QByteArray out(body.size() + body.size() / 2 + 1024, Qt::Uninitialized);
+    stream.next_in = reinterpret_cast<const uint8_t *>(body.constData());
+    stream.avail_in = size_t(body.size());
+    stream.next_out = reinterpret_cast<uint8_t *>(out.data());
+    stream.avail_out = size_t(out.size());
+    const lzma_ret result = lzma_code(&stream, LZMA_FINISH);
+    const qsizetype written = out.size() - qsizetype(stream.avail_out);
+    lzma_end(&stream);
+    if (result != LZMA_STREAM_END)
+        throw std::runtime_error("LZMA encoding");
+    out.truncate(written);
+    return QByteArray(reinterpret_cast<const char *>(properties), 5) + out;
+}
+} // namespace
+
+SwfWriter::SwfWriter() = default;
+
+SwfWriter &SwfWriter::setVersion(int version)
+{
+    m_version = version;
+    return *this;
+}
+
+SwfWriter &SwfWriter::setFrameRect(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax)
+{
+    m_xMin = xMin;
+    m_xMax = xMax;
+    m_yMin = yMin;
+    m_yMax = yMax;
+    return *this;
+}
+
+SwfWriter &SwfWriter::setStageSize(int widthPixels, int heightPixels)
+{
+    return setFrameRect(0, widthPixels * 20, 0, heightPixels * 20);
+}
+
+SwfWriter &SwfWriter::setRectBits(int nbits)
+{
+    m_rectBits = nbits;
+    return *this;
+}
+
+SwfWriter &SwfWriter::setFrameRate(double rate)
+{
+    m_rate = quint16(std::lround(rate * 256.0));
+    return *this;
+}
+
+SwfWriter &SwfWriter::setBackgroundColor(quint8 red, quint8 green, quint8 blue)
+{
+    m_background[0] = red;
+    m_background[1] = green;
+    m_background[2] = blue;
+    return *this;
+}
+
+SwfWriter &SwfWriter::setFileAttributes(bool present, bool actionScript3)
+{
+    m_fileAttributes = present;
+    m_actionScript3 = actionScript3;
+    return *this;
+}
+
+SwfWriter &SwfWriter::addTag(int code, QByteArrayView body)
+{
+    m_tags.append(tag(code, body));
+    return *this;
+}
+
+SwfWriter &SwfWriter::showFrame()
+{
+    m_tags.append(tag(ShowFrameTag, {}));
+    ++m_frames;
+    return *this;
+}
+
+SwfWriter &SwfWriter::addFrames(int count)
+{
+    for (int i = 0; i < count; ++i)
+        showFrame();
+    return *this;
+}
+
+SwfWriter &SwfWriter::overrideFrameCount(quint16 count)
+{
+    m_frameCount = count;
+    return *this;
+}
+
+SwfWriter &SwfWriter::setLzmaEndMarker(bool present)
+{
+    m_lzmaEndMarker = present;
+    return *this;
+}
+
+QByteArray SwfWriter::tag(int code, QByteArrayView body, bool forceLong)
+{
+    QByteArray out;
+    if (body.size() < 0x3f && !forceLong)
+    {
+        appendLE16(out, quint16(code << 6 | int(body.size())));
+    }
+    else
+    {
+        appendLE16(out, quint16(code << 6 | 0x3f));
+        appendLE32(out, quint32(body.size()));
+    }
+    out.append(body.data(), body.size());
+    return out;
+}
+
+int SwfWriter::bitsFor(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax)
+{
+    int bits = 0;
+    for (const qint64 value : {qint64(xMin), qint64(xMax), qint64(yMin), qint64(yMax)})
+    {
+        int needed = 1;
+        while (needed < 32 && (value < -(qint64(1) << (needed - 1)) || value >= (qint64(1) << (needed - 1))))
+            ++needed;
+        if (value != 0)
+            bits = std::max(bits, needed);
+    }
+    return bits;
+}
+
+QByteArray SwfWriter::rect(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax, int nbits)
+{
+    BitWriter bits;
+    bits.write(quint32(nbits), 5);
+    for (const qint32 value : {xMin, xMax, yMin, yMax})
+        bits.write(quint32(value) & (nbits == 32 ? 0xffffffffu : ((1u << nbits) - 1)), nbits);
+    return bits.bytes();
+}
+
+QByteArray SwfWriter::body() const
+{
+    const int nbits = std::max(m_rectBits, bitsFor(m_xMin, m_xMax, m_yMin, m_yMax));
+    QByteArray out = rect(m_xMin, m_xMax, m_yMin, m_yMax, nbits);
+    appendLE16(out, m_rate);
+    appendLE16(out, m_frameCount.value_or(quint16(m_frames)));
+    if (m_fileAttributes.value_or(m_version >= 8))
+    {
+        // UseNetwork (bit 0) is what authoring tools set by default.
+        QByteArray flags(4, '\0');
+        flags[0] = char((m_actionScript3 ? 0x08 : 0) | 0x01);
+        out += tag(FileAttributesTag, flags);
+    }
+    out += tag(SetBackgroundColorTag, QByteArrayView(reinterpret_cast<const char *>(m_background), 3));
+    for (const QByteArray &t : m_tags)
+        out += t;
+    out += tag(0, {});
+    return out;
+}
+
+QByteArray SwfWriter::build(Compression compression) const
+{
+    const QByteArray content = body();
+    QByteArray out;
+    out.append(compression == Compression::None ? "FWS" : compression == Compression::Zlib ? "CWS" : "ZWS", 3);
+    out.append(char(m_version));
+    appendLE32(out, quint32(8 + content.size()));
+    switch (compression)
+    {
+        case Compression::None:
+            out += content;
+            break;
+        case Compression::Zlib:
+            out += deflateBody(content);
+            break;
+        case Compression::Lzma:
+        {
+            const QByteArray packed = lzmaBody(content, m_lzmaEndMarker);
+            // The stored length counts the LZMA data after the properties.
+            appendLE32(out, quint32(packed.size() - 5));
+            out += packed;
+            break;
+        }
+    }
+    return out;
+}
+
+QByteArray windowsProjector(QByteArrayView player, QByteArrayView movie)
+{
+    QByteArray out = player.toByteArray() + movie.toByteArray();
+    appendLE32(out, 0xFA123456u);
+    appendLE32(out, quint32(movie.size()));
+    return out;
+}
+
+QByteArray macProjector(QByteArrayView player, QByteArrayView movie)
+{
+    QByteArray out = player.toByteArray() + movie.toByteArray();
+    appendBE32(out, quint32(movie.size()));
+    appendBE32(out, 0xFA123456u);
+    return out;
+}
+} // namespace nvktest
