@@ -84,6 +84,12 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     connect(controller, &ZBPlaybackController::playingStateChanged, this, &ZBPlayerPanel::updatePlaying);
     connect(controller, &ZBPlaybackController::timeChanged, this, &ZBPlayerPanel::updateTime);
     connect(controller, &ZBPlaybackController::logoRequested, this, &ZBPlayerPanel::showLogo);
+    // The video view must be on screen before its engine can open a file: it
+    // makes the picture's GL context the first time it is shown.
+    connect(controller, &ZBPlaybackController::playingItemChanged, this, [this](ZBItem *item) {
+        if (item)
+            showEngine(m_controller->currentUsedView());
+    });
 }
 
 void ZBPlayerPanel::addEngineView(int engineCode, QWidget *view)

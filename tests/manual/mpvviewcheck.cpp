@@ -1,0 +1,145 @@
+// Checks the video engine's GL picture on a real display, which the offscreen
+// test platform cannot show. Run it under a display or a virtual one:
+//
+//   xvfb-run -a -s "-screen 0 1280x1024x24" build/tests/mpvviewcheck [MOVIE]
+//
+// Without MOVIE it makes a clip with ffmpeg. It loads the movie before the
+// view is shown (the load must wait for the GL context), plays it, grabs the
+// window from the screen, then moves the view to a second window (Qt replaces
+// its GL context) and grabs again. Exit code 0 when both grabs show the movie.
+
+#include <QApplication>
+#include <QImage>
+#include <QOpenGLWidget>
+#include <QScreen>
+#include <QSet>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWidget>
+
+#include <cstdio>
+
+#include "engines/mpv/zbmpvengine.h"
+#include "support/mediafactory.h"
+
+namespace
+{
+struct PictureStats
+{
+    int percentLit = 0;
+    int colours = 0;
+    bool showsMovie() const { return percentLit > 50 && colours > 50; }
+};
+
+PictureStats measure(const QImage &image)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    int lit = 0;
+    int total = 0;
+    QSet<QRgb> colours;
+    for (int y = 0; y < rgb.height(); y += 2)
+    {
+        for (int x = 0; x < rgb.width(); x += 2)
+        {
+            const QRgb pixel = rgb.pixel(x, y);
+            ++total;
+            if (qRed(pixel) + qGreen(pixel) + qBlue(pixel) > 30)
+                ++lit;
+            colours.insert(pixel);
+        }
+    }
+    return {total ? 100 * lit / total : 0, int(colours.size())};
+}
+
+void report(const char *what, const QImage &image, const PictureStats &stats)
+{
+    std::printf("%-28s %dx%d, %d%% lit, %d colours: %s\n", what, image.width(), image.height(), stats.percentLit,
+                stats.colours, stats.showsMovie() ? "movie" : "NO PICTURE");
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QString movie = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString();
+    if (movie.isEmpty())
+    {
+        QString error;
+        nvktest::MediaFactory::Clip clip;
+        clip.extension = QStringLiteral("mp4");
+        clip.seconds = 6;
+        clip.size = QSize(320, 240);
+        movie = nvktest::MediaFactory::clip(clip, &error);
+        if (movie.isEmpty())
+        {
+            std::fprintf(stderr, "mpvviewcheck: %s\n", qPrintable(error));
+            return 2;
+        }
+    }
+
+    ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie);
+    std::printf("platform %s, %s\n", qPrintable(QGuiApplication::platformName()),
+                engine.view() ? "with a view" : "headless");
+    if (!engine.view())
+    {
+        std::fprintf(stderr, "mpvviewcheck: needs a display (xcb or wayland), not \"%s\"\n",
+                     qPrintable(QGuiApplication::platformName()));
+        return 2;
+    }
+
+    QWidget first;
+    first.resize(640, 480);
+    auto *firstLayout = new QVBoxLayout(&first);
+    firstLayout->setContentsMargins(0, 0, 0, 0);
+    QWidget second;
+    second.resize(500, 400);
+    auto *secondLayout = new QVBoxLayout(&second);
+    secondLayout->setContentsMargins(0, 0, 0, 0);
+
+    int failures = 0;
+    QObject::connect(&engine, &ZBPlaybackEngine::loaded, &app, [&]() {
+        std::printf("loaded: %s, %.2f s, %dx%d\n", qPrintable(engine.formatSummary()), engine.totalTime(),
+                    engine.naturalSize().width(), engine.naturalSize().height());
+        engine.play();
+        QTimer::singleShot(1500, &app, [&]() {
+            const QImage screen = first.screen()->grabWindow(first.winId()).toImage();
+            const PictureStats stats = measure(screen);
+            report("first window (screen):", screen, stats);
+            failures += stats.showsMovie() ? 0 : 1;
+            const QImage snapshot = engine.snapshot();
+            report("snapshot:", snapshot, measure(snapshot));
+            failures += snapshot.size() == engine.naturalSize() ? 0 : 1;
+
+            secondLayout->addWidget(engine.view());
+            second.show();
+            QTimer::singleShot(1500, &app, [&]() {
+                const QImage moved = second.screen()->grabWindow(second.winId()).toImage();
+                const PictureStats movedStats = measure(moved);
+                report("second window (screen):", moved, movedStats);
+                failures += movedStats.showsMovie() ? 0 : 1;
+                std::printf("position %.2f s, %s\n", engine.currentTime(), engine.isPlaying() ? "playing" : "stopped");
+                app.quit();
+            });
+        });
+    });
+    QObject::connect(&engine, &ZBPlaybackEngine::loadFailed, &app, [&](const QString &reason) {
+        std::fprintf(stderr, "mpvviewcheck: %s\n", qPrintable(reason));
+        app.exit(1);
+    });
+    QTimer::singleShot(30000, &app, [&]() {
+        std::fprintf(stderr, "mpvviewcheck: no answer within 30 s\n");
+        app.exit(1);
+    });
+
+    // Loaded before the view exists on screen: the engine holds the file
+    // until the GL context does.
+    engine.load(movie);
+    firstLayout->addWidget(engine.view());
+    QTimer::singleShot(300, &first, &QWidget::show);
+
+    const int code = app.exec();
+    if (code != 0)
+        return code;
+    std::printf("%s\n", failures == 0 ? "OK" : "FAILED");
+    return failures == 0 ? 0 : 1;
+}
