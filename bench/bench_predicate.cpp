@@ -2,14 +2,13 @@
 // 100,000 tracks with cached folded text, as the library evaluates them. The
 // target is well under 16 ms per list on a two-core machine.
 
+#include <benchmark/benchmark.h>
+#include <vector>
+
 #include <QDateTime>
 #include <QRandomGenerator>
 #include <QString>
 #include <QStringList>
-
-#include <benchmark/benchmark.h>
-
-#include <vector>
 
 #include "predicate/zbpredicate.h"
 #include "predicate/zbvariantmapsubject.h"
@@ -20,10 +19,11 @@ constexpr int TrackCount = 100000;
 
 const std::vector<ZBVariantMapSubject> &library()
 {
-    static const std::vector<ZBVariantMapSubject> tracks = [] {
-        static const QStringList words = {"Holiday", "trailer", "Crème",  "Brûlée", "Über",   "live",  "concert",
-                                          "episode", "Étude",   "final",  "mix",    "demo",   "intro", "2009",
-                                          "abc",     "Road",    "trip",   "Été",    "cartoon"};
+    static const std::vector<ZBVariantMapSubject> tracks = []
+    {
+        static const QStringList words = {"Holiday", "trailer", "Crème", "Brûlée", "Über",   "live",  "concert",
+                                          "episode", "Étude",   "final", "mix",    "demo",   "intro", "2009",
+                                          "abc",     "Road",    "trip",  "Été",    "cartoon"};
         static const QStringList types = {"mp4", "mov", "flv", "SWF", "exe", "rm", "rv", "XAP", "m4v", "avi"};
         QRandomGenerator random(4242);
         std::vector<ZBVariantMapSubject> result;
@@ -44,13 +44,14 @@ const std::vector<ZBVariantMapSubject> &library()
             ZBVariantMapSubject track;
             track.setValue(QStringLiteral("Name"), name);
             track.setValue(QStringLiteral("Type"), type);
-            track.setValue(QStringLiteral("Path"), QStringLiteral("/home/user/Videos/%1/%2.%3").arg(i % 97).arg(name, type));
-            track.setValue(QStringLiteral("URL"), captured ? QStringLiteral("http://example.com/media/%1.%2").arg(i).arg(type)
-                                                           : QStringLiteral(""));
+            track.setValue(QStringLiteral("Path"),
+                           QStringLiteral("/home/user/Videos/%1/%2.%3").arg(i % 97).arg(name, type));
+            track.setValue(QStringLiteral("URL"),
+                           captured ? QStringLiteral("http://example.com/media/%1.%2").arg(i).arg(type)
+                                    : QStringLiteral(""));
             track.setValue(QStringLiteral("Rating"), int(random.bounded(6)));
             track.setValue(QStringLiteral("PlayCount"), int(random.bounded(50)));
-            track.setValue(QStringLiteral("Added"),
-                           reference.addSecs(750000000 + qint64(random.bounded(6000000))));
+            track.setValue(QStringLiteral("Added"), reference.addSecs(750000000 + qint64(random.bounded(6000000))));
             track.cacheFoldedValues();
             result.push_back(std::move(track));
         }
@@ -77,9 +78,8 @@ void evaluateOverLibrary(benchmark::State &state, const char *text)
         benchmark::DoNotOptimize(matches);
     }
     state.counters["matches"] = matches;
-    state.counters["ns_per_track"] =
-        benchmark::Counter(double(TrackCount) * double(state.iterations()), benchmark::Counter::kIsRate |
-                                                                                 benchmark::Counter::kInvert);
+    state.counters["ns_per_track"] = benchmark::Counter(double(TrackCount) * double(state.iterations()),
+                                                        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
 void parseOnly(benchmark::State &state, const char *text)

@@ -3,13 +3,13 @@
 // crashes or hangs, a text that parses prints back to a text that parses the
 // same way, and rules read from a text survive a write and a second read.
 
-#include <QDateTime>
-#include <QString>
-#include <QVariant>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+
+#include <QDateTime>
+#include <QString>
+#include <QVariant>
 
 #include "library/zbsmartlistrules.h"
 #include "predicate/zbpredicate.h"
@@ -92,8 +92,8 @@ void fuzzRules(const QString &text)
         check(first.field == second.field && first.op == second.op, "tags survive a round trip");
         // Text values may lose the upper case of " OR " and " AND ".
         if (ZBSmartListRules::fieldKind(first.field) == ZBSmartListRules::ValueKind::Text)
-            check(ZBSmartListRules::quoteText(first.value.toString())
-                      == ZBSmartListRules::quoteText(second.value.toString()),
+            check(ZBSmartListRules::quoteText(first.value.toString()) ==
+                      ZBSmartListRules::quoteText(second.value.toString()),
                   "text values survive a round trip");
         else
             check(first.value == second.value, "values survive a round trip");

@@ -74,6 +74,8 @@ public:
 Q_SIGNALS:
     void loaded();
     void loadFailed(const QString &reason);
-    // Once per loaded file, when playback reaches its end.
+    // When playback arrives at the end of the loaded file: once per arrival.
+    // Staying at the end, or play() there, does not repeat it; a seek back
+    // followed by playing to the end again does.
     void endReached();
 };

@@ -18,15 +18,21 @@ namespace
 // test run.
 constexpr int FfmpegTimeoutMs = 60000;
 
+// How one container is written. Encoder lists are in order of preference,
+// separated by spaces; the first one this ffmpeg has wins.
 struct Recipe
 {
-    QString extension;
-    QString muxer;
-    // Encoders in order of preference; the first one this ffmpeg has wins.
-    QStringList videoEncoders;
-    QStringList audioEncoders;
-    QStringList extraArguments;
+    const char *extension;
+    const char *muxer;
+    const char *videoEncoders;
+    const char *audioEncoders;
+    const char *extraArguments;
 };
+
+QStringList words(const char *text)
+{
+    return QString::fromLatin1(text).split(u' ', Qt::SkipEmptyParts);
+}
 
 QString ffmpegProgram()
 {
@@ -53,7 +59,9 @@ QSet<QString> encoders()
         for (const QString &line : lines)
         {
             const QStringList fields = line.simplified().split(u' ');
-            if (fields.size() >= 2 && fields.at(0).size() == 6 && (fields.at(0).startsWith(u'V') || fields.at(0).startsWith(u'A')))
+            const bool codecLine = fields.size() >= 2 && fields.at(0).size() == 6
+                                   && (fields.at(0).startsWith(u'V') || fields.at(0).startsWith(u'A'));
+            if (codecLine)
                 found.insert(fields.at(1));
         }
         return found;
@@ -61,49 +69,39 @@ QSet<QString> encoders()
     return names;
 }
 
-const QList<Recipe> &recipes()
-{
-    static const QList<Recipe> list = {
-        {QStringLiteral("mp4"), QStringLiteral("mp4"), {QStringLiteral("libx264"), QStringLiteral("mpeg4")}, {QStringLiteral("aac")}, {}},
-        // Apple's .m4v is an MP4 file; ffmpeg's own "m4v" is a raw stream.
-        {QStringLiteral("m4v"), QStringLiteral("mp4"), {QStringLiteral("libx264"), QStringLiteral("mpeg4")}, {QStringLiteral("aac")}, {}},
-        {QStringLiteral("mov"), QStringLiteral("mov"), {QStringLiteral("libx264"), QStringLiteral("mpeg4")}, {QStringLiteral("aac")}, {}},
-        {QStringLiteral("mkv"), QStringLiteral("matroska"), {QStringLiteral("libx264"), QStringLiteral("mpeg4")},
-         {QStringLiteral("libvorbis"), QStringLiteral("aac")}, {}},
-        {QStringLiteral("avi"), QStringLiteral("avi"), {QStringLiteral("mpeg4")}, {QStringLiteral("libmp3lame"), QStringLiteral("mp2")}, {}},
-        // FLV takes only a few sample rates.
-        {QStringLiteral("flv"), QStringLiteral("flv"), {QStringLiteral("flv")}, {QStringLiteral("libmp3lame")},
-         {QStringLiteral("-ar"), QStringLiteral("44100")}},
-        {QStringLiteral("f4v"), QStringLiteral("f4v"), {QStringLiteral("libx264")}, {QStringLiteral("aac")}, {}},
-        {QStringLiteral("3gp"), QStringLiteral("3gp"), {QStringLiteral("mpeg4")}, {QStringLiteral("aac")},
-         {QStringLiteral("-ac"), QStringLiteral("1")}},
-        {QStringLiteral("wmv"), QStringLiteral("asf"), {QStringLiteral("wmv2"), QStringLiteral("wmv1")}, {QStringLiteral("wmav2")}, {}},
-        {QStringLiteral("mpg"), QStringLiteral("mpeg"), {QStringLiteral("mpeg1video")}, {QStringLiteral("mp2")}, {}},
-        {QStringLiteral("webm"), QStringLiteral("webm"), {QStringLiteral("libvpx"), QStringLiteral("libvpx-vp9")},
-         {QStringLiteral("libvorbis"), QStringLiteral("libopus")}, {}},
-        // RealVideo 1.0 needs sizes in multiples of 16; 2.0 takes 160x120.
-        {QStringLiteral("rm"), QStringLiteral("rm"), {QStringLiteral("rv20")}, {QStringLiteral("real_144")},
-         {QStringLiteral("-ar"), QStringLiteral("8000"), QStringLiteral("-ac"), QStringLiteral("1")}},
-        {QStringLiteral("rmvb"), QStringLiteral("rm"), {QStringLiteral("rv20")}, {QStringLiteral("real_144")},
-         {QStringLiteral("-ar"), QStringLiteral("8000"), QStringLiteral("-ac"), QStringLiteral("1")}},
-    };
-    return list;
-}
+const Recipe Recipes[] = {
+    {"mp4", "mp4", "libx264 mpeg4", "aac", ""},
+    // Apple's .m4v is an MP4 file; ffmpeg's own "m4v" is a raw stream.
+    {"m4v", "mp4", "libx264 mpeg4", "aac", ""},
+    {"mov", "mov", "libx264 mpeg4", "aac", ""},
+    {"mkv", "matroska", "libx264 mpeg4", "libvorbis aac", ""},
+    {"avi", "avi", "mpeg4", "libmp3lame mp2", ""},
+    // FLV takes only a few sample rates.
+    {"flv", "flv", "flv", "libmp3lame", "-ar 44100"},
+    {"f4v", "f4v", "libx264", "aac", ""},
+    {"3gp", "3gp", "mpeg4", "aac", "-ac 1"},
+    {"wmv", "asf", "wmv2 wmv1", "wmav2", ""},
+    {"mpg", "mpeg", "mpeg1video", "mp2", ""},
+    {"webm", "webm", "libvpx libvpx-vp9", "libvorbis libopus", ""},
+    // RealVideo 1.0 needs sizes in multiples of 16; 2.0 takes 160x120.
+    {"rm", "rm", "rv20", "real_144", "-ar 8000 -ac 1"},
+    {"rmvb", "rm", "rv20", "real_144", "-ar 8000 -ac 1"},
+};
 
 const Recipe *recipeFor(const QString &extension)
 {
-    for (const Recipe &recipe : recipes())
+    for (const Recipe &recipe : Recipes)
     {
-        if (recipe.extension.compare(extension, Qt::CaseInsensitive) == 0)
+        if (extension.compare(QLatin1String(recipe.extension), Qt::CaseInsensitive) == 0)
             return &recipe;
     }
     return nullptr;
 }
 
-QString firstAvailable(const QStringList &candidates)
+QString firstAvailable(const char *candidates)
 {
     const QSet<QString> known = encoders();
-    for (const QString &candidate : candidates)
+    for (const QString &candidate : words(candidates))
     {
         if (known.contains(candidate))
             return candidate;
@@ -144,7 +142,8 @@ bool MediaFactory::isAvailable()
 QString MediaFactory::unavailableReason()
 {
     if (ffmpegProgram().isEmpty())
-        return QStringLiteral("the ffmpeg program is not installed (apt-get install ffmpeg); no test movies can be made");
+        return QStringLiteral("the ffmpeg program is not installed (apt-get install ffmpeg): "
+                              "no test movies can be made");
     if (encoders().isEmpty())
         return QStringLiteral("ffmpeg at %1 lists no encoders").arg(ffmpegProgram());
     if (!cacheDir().isValid())
@@ -155,10 +154,10 @@ QString MediaFactory::unavailableReason()
 QStringList MediaFactory::formats()
 {
     QStringList result;
-    for (const Recipe &recipe : recipes())
+    for (const Recipe &recipe : Recipes)
     {
         if (!firstAvailable(recipe.videoEncoders).isEmpty() && !firstAvailable(recipe.audioEncoders).isEmpty())
-            result.append(recipe.extension);
+            result.append(QLatin1String(recipe.extension));
     }
     return result;
 }
@@ -193,10 +192,11 @@ QString MediaFactory::clip(const Clip &wanted, QString *error)
     const QString audio = firstAvailable(recipe->audioEncoders);
     if (video.isEmpty() || (wanted.audio && audio.isEmpty()))
         return fail(QStringLiteral("this ffmpeg has none of the encoders for .%1 (%2; %3)")
-                        .arg(recipe->extension, recipe->videoEncoders.join(u'/'), recipe->audioEncoders.join(u'/')));
+                        .arg(QLatin1String(recipe->extension), QLatin1String(recipe->videoEncoders),
+                             QLatin1String(recipe->audioEncoders)));
 
     const QString key = QStringLiteral("%1-%2s-%3x%4-%5")
-                            .arg(recipe->extension)
+                            .arg(QLatin1String(recipe->extension))
                             .arg(wanted.seconds)
                             .arg(wanted.size.width())
                             .arg(wanted.size.height())
@@ -207,23 +207,23 @@ QString MediaFactory::clip(const Clip &wanted, QString *error)
 
     const QString path = QDir(folder()).filePath(QStringLiteral("clip-%1.%2").arg(key, wanted.extension.toLower()));
     const QString seconds = QString::number(wanted.seconds);
-    QStringList arguments = {
-        QStringLiteral("-nostdin"), QStringLiteral("-hide_banner"), QStringLiteral("-loglevel"), QStringLiteral("error"),
-        QStringLiteral("-y"), QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-        QStringLiteral("testsrc=size=%1x%2:rate=%3:duration=%4")
-            .arg(wanted.size.width())
-            .arg(wanted.size.height())
-            .arg(FramesPerSecond)
-            .arg(seconds)};
+    QStringList arguments = words("-nostdin -hide_banner -loglevel error -y -f lavfi -i");
+    arguments << QStringLiteral("testsrc=size=%1x%2:rate=%3:duration=%4")
+                     .arg(wanted.size.width())
+                     .arg(wanted.size.height())
+                     .arg(FramesPerSecond)
+                     .arg(seconds);
     if (wanted.audio)
-        arguments << QStringLiteral("-f") << QStringLiteral("lavfi") << QStringLiteral("-i")
+    {
+        arguments << words("-f lavfi -i")
                   << QStringLiteral("sine=frequency=440:sample_rate=44100:duration=%1").arg(seconds);
-    arguments << QStringLiteral("-c:v") << video << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p");
+    }
+    arguments << QStringLiteral("-c:v") << video << words("-pix_fmt yuv420p");
     if (wanted.audio)
-        arguments << QStringLiteral("-c:a") << audio << recipe->extraArguments << QStringLiteral("-shortest");
+        arguments << QStringLiteral("-c:a") << audio << words(recipe->extraArguments) << QStringLiteral("-shortest");
     else
         arguments << QStringLiteral("-an");
-    arguments << QStringLiteral("-f") << recipe->muxer << path;
+    arguments << QStringLiteral("-f") << QLatin1String(recipe->muxer) << path;
 
     QProcess process;
     process.start(ffmpegProgram(), arguments);
@@ -257,18 +257,10 @@ QString MediaFactory::referenceFrame(const QString &path, int frameNumber, QStri
         QMutexLocker locker(&cacheMutex());
         out = QDir(folder()).filePath(QStringLiteral("frame-%1.png").arg(serialNumber()));
     }
-    const QStringList arguments = {QStringLiteral("-nostdin"),
-                                   QStringLiteral("-hide_banner"),
-                                   QStringLiteral("-loglevel"),
-                                   QStringLiteral("error"),
-                                   QStringLiteral("-y"),
-                                   QStringLiteral("-i"),
-                                   path,
-                                   QStringLiteral("-vf"),
-                                   QStringLiteral("select=eq(n\\,%1)").arg(frameNumber),
-                                   QStringLiteral("-frames:v"),
-                                   QStringLiteral("1"),
-                                   out};
+    const QStringList arguments = words("-nostdin -hide_banner -loglevel error -y -i")
+                                  << path << QStringLiteral("-vf")
+                                  << QStringLiteral("select=eq(n\\,%1)").arg(frameNumber) << words("-frames:v 1")
+                                  << out;
     QProcess process;
     process.start(ffmpegProgram(), arguments);
     if (!process.waitForFinished(FfmpegTimeoutMs))

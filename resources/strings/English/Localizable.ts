@@ -533,6 +533,10 @@ The damaged file was kept unchanged as:
 (%2)</translation>
     </message>
     <message>
+        <source>silverlightUnsupported</source>
+        <translation>Silverlight content cannot be played on Linux: no Silverlight engine exists for it. The track stays in your library.</translation>
+    </message>
+    <message>
         <source>alertDeletePlaylistFromLibraryMessage</source>
         <translation>Delete this playlist?</translation>
     </message>

@@ -533,6 +533,10 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
 (%2)</translation>
     </message>
     <message>
+        <source>silverlightUnsupported</source>
+        <translation>Silverlight-Inhalte können unter Linux nicht abgespielt werden: Dafür gibt es keine Silverlight-Engine. Der Titel bleibt in Ihrer Mediathek.</translation>
+    </message>
+    <message>
         <source>alertDeletePlaylistFromLibraryMessage</source>
         <translation>Diese Wiedergabeliste löschen?</translation>
     </message>

@@ -165,7 +165,14 @@ void ZBLibraryImporter::cancel()
 {
     const quint64 generation = m_generation.load();
     m_canceledGeneration.store(generation);
-    // Finish on the importer's own thread, even when no batch comes back.
+    // On its own thread the import ends here, so that a new one can start
+    // right after; from elsewhere the end is handed over.
+    if (QThread::currentThread() == thread())
+    {
+        if (m_running)
+            finish();
+        return;
+    }
     QMetaObject::invokeMethod(
         this,
         [this, generation] {
@@ -224,13 +231,18 @@ void ZBLibraryImporter::onBatchExamined(quint64 generation, int batch, const QLi
     if (generation != m_generation || !m_running)
         return;
     m_ready.insert(batch, results);
+    // The slots of store()'s signals may cancel this import and even start
+    // the next one: after every file, make sure this one still runs.
+    const auto stillRunning = [this, generation] { return generation == m_generation && m_running; };
     // Batches finish in any order; tracks are stored in file order.
-    while (m_running && m_ready.contains(m_nextBatchToStore))
+    while (stillRunning() && m_ready.contains(m_nextBatchToStore))
     {
         const QList<Examined> ready = m_ready.take(m_nextBatchToStore);
         ++m_nextBatchToStore;
         for (const Examined &examined : ready)
         {
+            if (!stillRunning())
+                return;
             if (isCanceled(generation))
             {
                 finish();
@@ -239,6 +251,8 @@ void ZBLibraryImporter::onBatchExamined(quint64 generation, int batch, const QLi
             store(examined);
         }
     }
+    if (!stillRunning())
+        return;
     if (m_nextBatchToStore == m_batchCount)
     {
         finish();
@@ -269,6 +283,8 @@ void ZBLibraryImporter::store(const Examined &examined)
 
 void ZBLibraryImporter::finish()
 {
+    if (!m_running)
+        return;
     const bool canceled = isCanceled(m_generation);
     m_running = false;
     m_ready.clear();

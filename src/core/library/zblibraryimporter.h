@@ -63,7 +63,9 @@ public:
     // start() and wait for it, running the caller's event loop meanwhile.
     Counts run(const QStringList &paths);
     // May be called from any thread. What is stored stays stored; the import
-    // stops before the next file and finished() reports canceled.
+    // stops before the next file and finished() reports canceled. Called on
+    // the importer's own thread, finished() has come when it returns, so a
+    // new start() may follow at once.
     void cancel();
     bool isRunning() const { return m_running; }
     Counts counts() const { return m_counts; }

@@ -395,7 +395,10 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
     }
     // Only needed for a message; building it for every row would cost more
     // than reading the row.
-    const auto description = [&node] { return node.description(); };
+    const auto description = [&node]
+    {
+        return node.description();
+    };
     if (node.quantifier() != ZBPredicateNode::Quantifier::None || !node.left().isKeyPath())
     {
         m_lastError = QStringLiteral("%1 is not a rule: it must start with a field").arg(description());
@@ -410,9 +413,9 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
     const int op = operatorFor(field->kind, node.comparisonOperator());
     if (op == 0)
     {
-        m_lastError = QStringLiteral("%1 is not a rule: no %2 rule uses the operator %3")
-                          .arg(description(), kindName(field->kind),
-                               ZBPredicateNode::operatorText(node.comparisonOperator()));
+        m_lastError =
+            QStringLiteral("%1 is not a rule: no %2 rule uses the operator %3")
+                .arg(description(), kindName(field->kind), ZBPredicateNode::operatorText(node.comparisonOperator()));
         return false;
     }
 
@@ -423,8 +426,8 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
         case ValueKind::Text:
             if (!node.caseInsensitive() || !node.diacriticInsensitive())
             {
-                m_lastError = QStringLiteral("%1 is not a rule: text rules ignore case and diacritics ([cd])")
-                                  .arg(description());
+                m_lastError =
+                    QStringLiteral("%1 is not a rule: text rules ignore case and diacritics ([cd])").arg(description());
                 return false;
             }
             if (!right.isConstant() || right.constantValue().typeId() != QMetaType::QString)
@@ -445,11 +448,11 @@ bool ZBSmartListRules::rowFromNode(const ZBPredicateNode &node, const QString &t
             value = text.mid(right.sourceStart(), right.sourceLength());
             break;
         case ValueKind::Date:
-            if (node.caseInsensitive() || node.diacriticInsensitive() || !right.isConstant()
-                || right.constantValue().typeId() != QMetaType::QDateTime)
+            if (node.caseInsensitive() || node.diacriticInsensitive() || !right.isConstant() ||
+                right.constantValue().typeId() != QMetaType::QDateTime)
             {
-                m_lastError = QStringLiteral("%1 is not a rule: the value must be CAST(seconds, 'NSDate')")
-                                  .arg(description());
+                m_lastError =
+                    QStringLiteral("%1 is not a rule: the value must be CAST(seconds, 'NSDate')").arg(description());
                 return false;
             }
             value = right.constantValue().toDateTime().toLocalTime();

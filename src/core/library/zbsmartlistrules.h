@@ -11,8 +11,9 @@ class ZBPredicateNode;
 //
 // A row is (field, operator, value). The value kind follows from the field:
 // - text fields hold a QString;
-// - number fields hold the QString exactly as typed (it is written into the
-//   filter unchanged and not validated);
+// - number fields hold the QString as typed, without surrounding blanks (it
+//   is written into the filter unchanged and not validated, so a value that
+//   is not a number makes the filter unreadable);
 // - date fields hold a QDateTime. A QDate given for a date field means local
 //   midnight of that day, as the editor shows and edits dates as
 //   "yyyy-MM-dd" in the user's time zone; dates read back by fillRules() are

@@ -1,8 +1,8 @@
 #include "predicate/zbpredicate.h"
 
-#include <QDateTime>
-
 #include <cmath>
+
+#include <QDateTime>
 
 #include "predicate/zbpredicateevaluator.h"
 #include "predicate/zbpredicateparser.h"

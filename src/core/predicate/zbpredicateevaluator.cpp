@@ -4,8 +4,6 @@
 #include <QStringList>
 #include <QVarLengthArray>
 
-#include <cmath>
-
 #include "predicate/zbpredicate.h"
 #include "predicate/zbpredicatenode.h"
 #include "predicate/zbpredicatesubject.h"
@@ -371,8 +369,8 @@ ZBPredicateEvaluator::Order ZBPredicateEvaluator::compare(const QVariant &left, 
         return orderOf(ZBPredicate::referenceSecondsFromDate(QDateTime::fromMSecsSinceEpoch(dateMSecs(left), Qt::UTC)),
                        right.toDouble());
     if (isNumber(lt) && isDate(rt))
-        return orderOf(left.toDouble(),
-                       ZBPredicate::referenceSecondsFromDate(QDateTime::fromMSecsSinceEpoch(dateMSecs(right), Qt::UTC)));
+        return orderOf(left.toDouble(), ZBPredicate::referenceSecondsFromDate(
+                                            QDateTime::fromMSecsSinceEpoch(dateMSecs(right), Qt::UTC)));
     if (isNumber(lt) && isNumber(rt))
         return compareNumbers(left, right);
     if (isText(lt) && isText(rt))

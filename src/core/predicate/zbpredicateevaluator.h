@@ -33,8 +33,7 @@ public:
     static bool evaluate(const ZBPredicateNode &node, const ZBPredicateSubject &subject);
 
     // The comparison used by ==, !=, <, <=, > and >=.
-    static Order compare(const QVariant &left, const QVariant &right, bool caseInsensitive,
-                         bool diacriticInsensitive);
+    static Order compare(const QVariant &left, const QVariant &right, bool caseInsensitive, bool diacriticInsensitive);
 
 private:
     struct Context;
@@ -43,6 +42,5 @@ private:
     static bool evaluateComparison(const ZBPredicateNode &node, Context &context);
     static bool compareOne(const ZBPredicateNode &node, const QVariant &left, const QVariant &right);
     static bool matchText(const ZBPredicateNode &node, const QString &foldedValue);
-    static bool matchTextDynamic(const ZBPredicateNode &node, const QString &foldedValue,
-                                 const QString &foldedPattern);
+    static bool matchTextDynamic(const ZBPredicateNode &node, const QString &foldedValue, const QString &foldedPattern);
 };

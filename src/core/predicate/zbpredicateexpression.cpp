@@ -6,8 +6,7 @@
 #include "predicate/zbpredicatelexer.h"
 #include "predicate/zbpredicatesubject.h"
 
-ZBPredicateExpression ZBPredicateExpression::keyPath(const QString &path, qsizetype sourceStart,
-                                                     qsizetype sourceLength)
+ZBPredicateExpression ZBPredicateExpression::keyPath(const QString &path, qsizetype sourceStart, qsizetype sourceLength)
 {
     ZBPredicateExpression expression;
     expression.m_kind = Kind::KeyPath;

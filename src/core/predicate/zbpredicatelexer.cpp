@@ -1,8 +1,8 @@
 #include "predicate/zbpredicatelexer.h"
 
-#include <QSet>
-
 #include <cmath>
+
+#include <QSet>
 
 namespace
 {
@@ -37,15 +37,32 @@ ZBPredicateLexer::ZBPredicateLexer(const QString &text)
 bool ZBPredicateLexer::isReservedWord(const QString &upperCaseWord)
 {
     static const QSet<QString> words = {
-        QStringLiteral("AND"),        QStringLiteral("OR"),       QStringLiteral("NOT"),
-        QStringLiteral("ANY"),        QStringLiteral("SOME"),     QStringLiteral("ALL"),
-        QStringLiteral("NONE"),       QStringLiteral("LIKE"),     QStringLiteral("CONTAINS"),
-        QStringLiteral("BEGINSWITH"), QStringLiteral("ENDSWITH"), QStringLiteral("MATCHES"),
-        QStringLiteral("IN"),         QStringLiteral("BETWEEN"),  QStringLiteral("YES"),
-        QStringLiteral("NO"),         QStringLiteral("TRUE"),     QStringLiteral("FALSE"),
-        QStringLiteral("NIL"),        QStringLiteral("NULL"),     QStringLiteral("CAST"),
-        QStringLiteral("SELF"),       QStringLiteral("SUBQUERY"), QStringLiteral("FUNCTION"),
-        QStringLiteral("TRUEPREDICATE"), QStringLiteral("FALSEPREDICATE"),
+        QStringLiteral("AND"),
+        QStringLiteral("OR"),
+        QStringLiteral("NOT"),
+        QStringLiteral("ANY"),
+        QStringLiteral("SOME"),
+        QStringLiteral("ALL"),
+        QStringLiteral("NONE"),
+        QStringLiteral("LIKE"),
+        QStringLiteral("CONTAINS"),
+        QStringLiteral("BEGINSWITH"),
+        QStringLiteral("ENDSWITH"),
+        QStringLiteral("MATCHES"),
+        QStringLiteral("IN"),
+        QStringLiteral("BETWEEN"),
+        QStringLiteral("YES"),
+        QStringLiteral("NO"),
+        QStringLiteral("TRUE"),
+        QStringLiteral("FALSE"),
+        QStringLiteral("NIL"),
+        QStringLiteral("NULL"),
+        QStringLiteral("CAST"),
+        QStringLiteral("SELF"),
+        QStringLiteral("SUBQUERY"),
+        QStringLiteral("FUNCTION"),
+        QStringLiteral("TRUEPREDICATE"),
+        QStringLiteral("FALSEPREDICATE"),
     };
     return words.contains(upperCaseWord);
 }
@@ -83,7 +100,7 @@ bool ZBPredicateLexer::next(Token *token)
     if (ch == u'(' || ch == u')' || ch == u',')
     {
         const qsizetype start = m_pos++;
-        const TokenType type = ch == u'(' ? TokenType::LeftParen
+        const TokenType type = ch == u'('   ? TokenType::LeftParen
                                : ch == u')' ? TokenType::RightParen
                                             : TokenType::Comma;
         finish(token, type, start);
@@ -91,9 +108,9 @@ bool ZBPredicateLexer::next(Token *token)
     }
     if (ch == u'\'' || ch == u'"')
         return readString(token);
-    if (isAsciiDigit(ch) || (ch == u'.' && isAsciiDigit(next))
-        || ((ch == u'-' || ch == u'+')
-            && (isAsciiDigit(next) || (next == u'.' && m_pos + 2 < n && isAsciiDigit(m_text[m_pos + 2])))))
+    if (isAsciiDigit(ch) || (ch == u'.' && isAsciiDigit(next)) ||
+        ((ch == u'-' || ch == u'+') &&
+         (isAsciiDigit(next) || (next == u'.' && m_pos + 2 < n && isAsciiDigit(m_text[m_pos + 2])))))
         return readNumber(token);
     if (isIdentifierStart(ch) || ch == u'#')
         return readIdentifier(token);

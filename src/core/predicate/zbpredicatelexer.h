@@ -15,7 +15,7 @@ public:
     enum class TokenType
     {
         End,
-        LeftParen,  // punctuation tokens carry no text
+        LeftParen, // punctuation tokens carry no text
         RightParen,
         Comma,
         KeyPath,  // text: the path

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QRegularExpression>
-#include <QString>
-
 #include <memory>
 #include <vector>
+
+#include <QRegularExpression>
+#include <QString>
 
 #include "predicate/zbpredicateexpression.h"
 
@@ -58,8 +58,7 @@ public:
                                                          std::vector<std::unique_ptr<ZBPredicateNode>> children);
     static std::unique_ptr<ZBPredicateNode> makeNot(std::unique_ptr<ZBPredicateNode> child);
     static std::unique_ptr<ZBPredicateNode> makeComparison(Quantifier quantifier, const ZBPredicateExpression &left,
-                                                           Operator op, bool caseInsensitive,
-                                                           bool diacriticInsensitive,
+                                                           Operator op, bool caseInsensitive, bool diacriticInsensitive,
                                                            const ZBPredicateExpression &right);
 
     Type type() const { return m_type; }

@@ -65,8 +65,8 @@ bool ZBPredicateParser::enter(int depth)
 {
     if (depth <= MaximumDepth)
         return true;
-    failAt(peek().position, QStringLiteral("parentheses and negations are nested deeper than %1 levels")
-                                .arg(MaximumDepth));
+    failAt(peek().position,
+           QStringLiteral("parentheses and negations are nested deeper than %1 levels").arg(MaximumDepth));
     return false;
 }
 

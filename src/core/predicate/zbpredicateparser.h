@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
-
 #include <memory>
+
+#include <QString>
 
 #include "predicate/zbpredicatelexer.h"
 #include "predicate/zbpredicatenode.h"

@@ -2,8 +2,7 @@
 
 #include "predicate/zbtextfold.h"
 
-QString ZBPredicateSubject::foldedValueForKey(const QString &key, bool caseInsensitive,
-                                              bool diacriticInsensitive) const
+QString ZBPredicateSubject::foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const
 {
     // Only text answers here: a number or a date must keep comparing as a
     // number or a date, which the evaluator's general path does.

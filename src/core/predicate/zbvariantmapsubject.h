@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QHash>
-#include <QVarLengthArray>
-#include <QString>
-#include <QVariant>
-
 #include <array>
+
+#include <QHash>
+#include <QString>
+#include <QVarLengthArray>
+#include <QVariant>
 
 #include "predicate/zbpredicatesubject.h"
 

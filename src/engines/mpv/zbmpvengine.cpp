@@ -247,6 +247,7 @@ void ZBMpvEngine::start()
         connect(m_view, &ZBMpvVideoView::renderReady, this, &ZBMpvEngine::onRenderReady);
         connect(m_view, &ZBMpvVideoView::renderLost, this, &ZBMpvEngine::onRenderLost);
         connect(m_view, &ZBMpvVideoView::renderFailed, this, [this](const QString &reason) {
+            m_renderError = reason;
             if (m_state == State::WaitingForView)
                 failLoad(QStringLiteral("Cannot play \"%1\": %2").arg(QDir::toNativeSeparators(m_path), reason));
         });
@@ -312,13 +313,17 @@ void ZBMpvEngine::load(const QString &path)
     resetCache();
     m_entryId = -1;
     m_path = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
-    if (!m_mpv || path.isEmpty())
+    if (!m_mpv || path.isEmpty() || !m_renderError.isEmpty())
     {
         // Answer later, as a real load would: the caller may not be ready
         // for a signal from inside load().
         m_state = State::Loading;
         const quint64 serial = m_loadSerial;
-        const QString reason = m_mpv ? QStringLiteral("no file was given") : m_startError;
+        QString reason = QStringLiteral("no file was given");
+        if (!m_mpv)
+            reason = m_startError;
+        else if (!path.isEmpty())
+            reason = QStringLiteral("Cannot play \"%1\": %2").arg(QDir::toNativeSeparators(m_path), m_renderError);
         QTimer::singleShot(0, this, [this, serial, reason]() {
             if (serial == m_loadSerial && m_state == State::Loading)
                 failLoad(reason);
@@ -838,6 +843,7 @@ QString ZBMpvEngine::describeStreams() const
 void ZBMpvEngine::onRenderReady()
 {
     m_renderReady = true;
+    m_renderError.clear();
     if (m_state == State::WaitingForView)
     {
         sendLoad();

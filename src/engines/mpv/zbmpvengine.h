@@ -131,6 +131,8 @@ private:
     QString m_startError;
     QPointer<ZBMpvVideoView> m_view;
     bool m_renderReady = false;
+    // Why the view could not draw video; loads fail at once while it is set.
+    QString m_renderError;
     // The view's GL context was replaced while a file was open.
     bool m_videoLost = false;
     // Set while a drain is queued on the GUI thread, so a burst of wake-ups

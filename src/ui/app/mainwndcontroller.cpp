@@ -11,6 +11,7 @@
 #include <QTableView>
 
 #include "engines/mpv/zbmpvengine.h"
+#include "engines/unsupported/zbunsupportedengine.h"
 #include "library/zblibrarycontroller.h"
 #include "library/zblibraryimporter.h"
 #include "localization/zblocalizer.h"
@@ -104,6 +105,9 @@ void MainWndController::buildPlayerWindow()
     m_realEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::RealMedia);
     m_playback->setEngine(ZBPlaybackEngine::VideoMovie, m_videoEngine.get());
     m_playback->setEngine(ZBPlaybackEngine::RealMedia, m_realEngine.get());
+    m_silverlightEngine = std::make_unique<ZBUnsupportedEngine>(
+        ZBPlaybackEngine::Silverlight, ZBLocalizer::localizedStringForKey(QStringLiteral("silverlightUnsupported")));
+    m_playback->setEngine(ZBPlaybackEngine::Silverlight, m_silverlightEngine.get());
 
     m_playerPanel = new ZBPlayerPanel(m_playback.get());
     m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());

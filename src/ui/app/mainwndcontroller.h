@@ -15,6 +15,7 @@ class ZBPlaybackDialogs;
 class ZBPlayerPanel;
 class ZBSettings;
 class ZBTrackListModel;
+class ZBUnsupportedEngine;
 struct ZBMenuEntry;
 
 // Coordinates the main window and the objects that own the program's state.
@@ -58,6 +59,7 @@ private:
     std::unique_ptr<ZBPlaybackDialogs> m_dialogs;
     std::unique_ptr<ZBMpvEngine> m_videoEngine;
     std::unique_ptr<ZBMpvEngine> m_realEngine;
+    std::unique_ptr<ZBUnsupportedEngine> m_silverlightEngine;
     std::unique_ptr<ZBPlaybackController> m_playback;
     std::unique_ptr<ZBLibraryImporter> m_importer;
     ZBPlayerPanel *m_playerPanel = nullptr;

@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "engines/unsupported/zbunsupportedengine.h"
 #include "engines/zbplaybackengine.h"
 #include "library/zblibrarycontroller.h"
 #include "playback/zbtimedisplay.h"
@@ -189,7 +190,9 @@ void ZBPlaybackController::play_video(Sender sender)
 
     if (!engine || !engine->canInitWithFile(item->Path()))
     {
-        const QString reason = engine ? QString() : QStringLiteral("no engine plays \"%1\" files").arg(item->Type());
+        QString reason = engine ? QString() : QStringLiteral("no engine plays \"%1\" files").arg(item->Type());
+        if (auto *unsupported = qobject_cast<ZBUnsupportedEngine *>(engine))
+            reason = unsupported->reason();
         if (m_currentUsedView == ZBPlaybackEngine::RealMedia)
             refuseRealMedia(reason);
         else

@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
+#include <QThread>
 #include <QTest>
 
 #include "library/zbitem.h"
@@ -63,6 +64,8 @@ private Q_SLOTS:
     void cancelKeepsWhatWasStored();
     void missingPathsAreReported();
     void oneImportAtATime();
+    void cancelThenStartAgain();
+    void cancelFromAnotherThread();
     void destroyedWhileRunning();
 
 private:
@@ -379,6 +382,60 @@ void TestZBLibraryImporter::oneImportAtATime()
     QVERIFY(importer.start({media("one.mp4")}));
     QVERIFY(finished.wait(30000));
     QCOMPARE(finished.last().at(0).value<ZBLibraryImporter::Counts>().alreadyInLibrary, 1);
+}
+
+void TestZBLibraryImporter::cancelThenStartAgain()
+{
+    // What a window does when files are dropped while an import runs: cancel
+    // it and start one for the new files, from inside a progress slot.
+    for (int i = 0; i < 60; ++i)
+        QVERIFY(copyFile(m_mp4, media(QStringLiteral("first/%1.mp4").arg(i, 2, 10, QChar(u'0')))));
+    QVERIFY(copyFile(m_avi, media("second/dropped.avi")));
+    ZBLibraryImporter importer(*m_library);
+    importer.setBatchSize(2);
+    QList<bool> canceledFlags;
+    QList<ZBLibraryImporter::Counts> results;
+    connect(&importer, &ZBLibraryImporter::finished, this,
+            [&](const ZBLibraryImporter::Counts &counts, bool canceled) {
+                results.append(counts);
+                canceledFlags.append(canceled);
+            });
+    bool restarted = false;
+    connect(&importer, &ZBLibraryImporter::progress, this, [&](int done) {
+        if (done == 5 && !restarted)
+        {
+            restarted = true;
+            importer.cancel();
+            QVERIFY(!importer.isRunning());
+            QVERIFY(importer.start({media("second")}));
+        }
+    });
+    QVERIFY(importer.start({media("first")}));
+    QTRY_COMPARE_WITH_TIMEOUT(results.size(), 2, 30000);
+    QCOMPARE(canceledFlags, QList<bool>({true, false}));
+    QCOMPARE(results.at(0).added, 5);
+    QCOMPARE(results.at(1).added, 1);
+    QCOMPARE(results.at(1).refused + results.at(1).alreadyInLibrary, 0);
+    // Nothing of the first import arrives after its end.
+    QTest::qWait(200);
+    QCOMPARE(m_library->managedObjectContext()->items().size(), 6);
+}
+
+void TestZBLibraryImporter::cancelFromAnotherThread()
+{
+    for (int i = 0; i < 300; ++i)
+        QVERIFY(copyFile(m_mp4, media(QStringLiteral("t/%1.mp4").arg(i))));
+    ZBLibraryImporter importer(*m_library);
+    importer.setBatchSize(2);
+    QSignalSpy finished(&importer, &ZBLibraryImporter::finished);
+    QVERIFY(importer.start({media("t")}));
+    std::unique_ptr<QThread> canceller(QThread::create([&importer] { importer.cancel(); }));
+    canceller->start();
+    QVERIFY(finished.wait(30000));
+    canceller->wait();
+    QCOMPARE(finished.first().at(1).toBool(), true);
+    QVERIFY(finished.first().at(0).value<ZBLibraryImporter::Counts>().added < 300);
+    QVERIFY(!importer.isRunning());
 }
 
 void TestZBLibraryImporter::destroyedWhileRunning()

@@ -1,9 +1,9 @@
+#include <ctime>
+
 #include <QDateTime>
 #include <QLocale>
 #include <QRandomGenerator>
 #include <QTest>
-
-#include <ctime>
 
 #include "library/zbsmartlistrules.h"
 #include "predicate/zbpredicate.h"
@@ -127,16 +127,26 @@ void TestZBSmartListRules::operators_data()
     QTest::addColumn<QString>("token");
     QTest::addColumn<QString>("titleKey");
 
-    QTest::newRow("9201") << 9201 << Kind::Text << "MATCHES[CD]" << "SmartListWindow_Equals";
-    QTest::newRow("9202") << 9202 << Kind::Text << "CONTAINS[CD]" << "SmartListWindow_Contains";
-    QTest::newRow("9203") << 9203 << Kind::Text << "BEGINSWITH[CD]" << "SmartListWindow_BeginsWith";
-    QTest::newRow("9204") << 9204 << Kind::Text << "ENDSWITH[CD]" << "SmartListWindow_EndsWith";
-    QTest::newRow("9211") << 9211 << Kind::Number << "<" << "SmartListWindow_Less";
-    QTest::newRow("9212") << 9212 << Kind::Number << ">" << "SmartListWindow_Greather";
-    QTest::newRow("9213") << 9213 << Kind::Number << "==" << "SmartListWindow_Is";
-    QTest::newRow("9221") << 9221 << Kind::Date << "<" << "SmartListWindow_Early";
-    QTest::newRow("9222") << 9222 << Kind::Date << ">" << "SmartListWindow_Later";
-    QTest::newRow("9223") << 9223 << Kind::Date << "==" << "SmartListWindow_On";
+    QTest::newRow("9201") << 9201 << Kind::Text << "MATCHES[CD]"
+                          << "SmartListWindow_Equals";
+    QTest::newRow("9202") << 9202 << Kind::Text << "CONTAINS[CD]"
+                          << "SmartListWindow_Contains";
+    QTest::newRow("9203") << 9203 << Kind::Text << "BEGINSWITH[CD]"
+                          << "SmartListWindow_BeginsWith";
+    QTest::newRow("9204") << 9204 << Kind::Text << "ENDSWITH[CD]"
+                          << "SmartListWindow_EndsWith";
+    QTest::newRow("9211") << 9211 << Kind::Number << "<"
+                          << "SmartListWindow_Less";
+    QTest::newRow("9212") << 9212 << Kind::Number << ">"
+                          << "SmartListWindow_Greather";
+    QTest::newRow("9213") << 9213 << Kind::Number << "=="
+                          << "SmartListWindow_Is";
+    QTest::newRow("9221") << 9221 << Kind::Date << "<"
+                          << "SmartListWindow_Early";
+    QTest::newRow("9222") << 9222 << Kind::Date << ">"
+                          << "SmartListWindow_Later";
+    QTest::newRow("9223") << 9223 << Kind::Date << "=="
+                          << "SmartListWindow_On";
 }
 
 void TestZBSmartListRules::operators()
@@ -169,32 +179,29 @@ void TestZBSmartListRules::generate_data()
                          << "(Name CONTAINS[CD] 'abc')";
     QTest::newRow("it's") << QList<Row>{row(R::FieldName, R::TextContains, QString("it's"))} << true
                           << "(Name CONTAINS[CD] 'it\\'s')";
-    QTest::newRow("rock AND roll") << QList<Row>{row(R::FieldName, R::TextContains, QString("rock AND roll"))}
-                                   << true << "(Name CONTAINS[CD] 'rock and roll')";
-    QTest::newRow("rock OR roll") << QList<Row>{row(R::FieldType, R::TextBeginsWith, QString("rock OR roll"))}
-                                  << true << "(Type BEGINSWITH[CD] 'rock or roll')";
+    QTest::newRow("rock AND roll") << QList<Row>{row(R::FieldName, R::TextContains, QString("rock AND roll"))} << true
+                                   << "(Name CONTAINS[CD] 'rock and roll')";
+    QTest::newRow("rock OR roll") << QList<Row>{row(R::FieldType, R::TextBeginsWith, QString("rock OR roll"))} << true
+                                  << "(Type BEGINSWITH[CD] 'rock or roll')";
     QTest::newRow("repeated words") << QList<Row>{row(R::FieldName, R::TextEquals, QString("a OR OR AND AND b"))}
                                     << true << "(Name MATCHES[CD] 'a or or and and b')";
-    QTest::newRow("words without blanks stay")
-        << QList<Row>{row(R::FieldURL, R::TextEndsWith, QString("ANDROID OR"))} << true
-        << "(URL ENDSWITH[CD] 'ANDROID OR')";
+    QTest::newRow("words without blanks stay") << QList<Row>{row(R::FieldURL, R::TextEndsWith, QString("ANDROID OR"))}
+                                               << true << "(URL ENDSWITH[CD] 'ANDROID OR')";
     QTest::newRow("lower-case words stay") << QList<Row>{row(R::FieldPath, R::TextContains, QString("x and y or z"))}
                                            << true << "(Path CONTAINS[CD] 'x and y or z')";
     QTest::newRow("backslashes doubled") << QList<Row>{row(R::FieldPath, R::TextBeginsWith, QString("C:\\dir\\"))}
                                          << true << "(Path BEGINSWITH[CD] 'C:\\\\dir\\\\')";
-    QTest::newRow("double quotes as they are")
-        << QList<Row>{row(R::FieldName, R::TextContains, QString("say \"hi\""))} << true
-        << "(Name CONTAINS[CD] 'say \"hi\"')";
+    QTest::newRow("double quotes as they are") << QList<Row>{row(R::FieldName, R::TextContains, QString("say \"hi\""))}
+                                               << true << "(Name CONTAINS[CD] 'say \"hi\"')";
     QTest::newRow("number as typed") << QList<Row>{row(R::FieldRating, R::NumberGreater, QString("3"))} << true
                                      << "(Rating > 3)";
-    QTest::newRow("number keeps its form") << QList<Row>{row(R::FieldPlayCount, R::NumberIs, QString("2.50"))}
-                                           << true << "(PlayCount == 2.50)";
-    QTest::newRow("number blanks trimmed") << QList<Row>{row(R::FieldPlayCount, R::NumberLess, QString(" 10 "))}
-                                           << true << "(PlayCount < 10)";
-    QTest::newRow("number from an int") << QList<Row>{row(R::FieldRating, R::NumberIs, 4)} << true
-                                        << "(Rating == 4)";
-    QTest::newRow("date later") << QList<Row>{row(R::FieldAdded, R::DateLater, referenceSeconds(754012800))}
-                                << true << "(Added > CAST(754012800.000000, 'NSDate'))";
+    QTest::newRow("number keeps its form")
+        << QList<Row>{row(R::FieldPlayCount, R::NumberIs, QString("2.50"))} << true << "(PlayCount == 2.50)";
+    QTest::newRow("number blanks trimmed")
+        << QList<Row>{row(R::FieldPlayCount, R::NumberLess, QString(" 10 "))} << true << "(PlayCount < 10)";
+    QTest::newRow("number from an int") << QList<Row>{row(R::FieldRating, R::NumberIs, 4)} << true << "(Rating == 4)";
+    QTest::newRow("date later") << QList<Row>{row(R::FieldAdded, R::DateLater, referenceSeconds(754012800))} << true
+                                << "(Added > CAST(754012800.000000, 'NSDate'))";
     QTest::newRow("date earlier, milliseconds")
         << QList<Row>{row(R::FieldLastPlayed, R::DateEarlier, referenceSeconds(10).addMSecs(-1))} << true
         << "(LastPlayed < CAST(9.999000, 'NSDate'))";
@@ -205,7 +212,8 @@ void TestZBSmartListRules::generate_data()
                                               row(R::FieldAdded, R::DateLater, referenceSeconds(754012800))}
                                 << false << "(Rating > 3) OR (Added > CAST(754012800.000000, 'NSDate'))";
     QTest::newRow("all of mixed kinds")
-        << QList<Row>{row(R::FieldName, R::TextContains, QString("it's")), row(R::FieldRating, R::NumberLess, QString("5")),
+        << QList<Row>{row(R::FieldName, R::TextContains, QString("it's")),
+                      row(R::FieldRating, R::NumberLess, QString("5")),
                       row(R::FieldLastPlayed, R::DateEarlier, referenceSeconds(0)),
                       row(R::FieldURL, R::TextEquals, QString("http://.*"))}
         << true
@@ -357,7 +365,8 @@ void TestZBSmartListRules::badRowsAreRefused_data()
 
     QTest::newRow("unknown field") << row(9109, 9202, QString("x")) << "Unknown rule field 9109";
     QTest::newRow("unknown operator") << row(9101, 9205, QString("x")) << "Unknown rule operator 9205";
-    QTest::newRow("number operator on text") << row(9101, 9212, QString("3")) << "does not apply to the text field Name";
+    QTest::newRow("number operator on text")
+        << row(9101, 9212, QString("3")) << "does not apply to the text field Name";
     QTest::newRow("text operator on number") << row(9104, 9202, QString("3")) << "number field Rating";
     QTest::newRow("number operator on date") << row(9106, 9212, QDate(2020, 1, 1)) << "date field Added";
     QTest::newRow("date without a date") << row(9107, 9221, QString("yesterday")) << "needs a date";
@@ -392,8 +401,8 @@ void TestZBSmartListRules::fillRulesReadsEquivalentTexts_data()
     QTest::newRow("double quotes, no parentheses")
         << "Type BEGINSWITH[DC] \"a'b\" || URL ENDSWITH[cd] 'c'"
         << QList<Row>{row(9103, 9203, QString("a'b")), row(9108, 9204, QString("c"))} << false;
-    QTest::newRow("number kept as written") << "(Rating > -007.50)" << QList<Row>{row(9104, 9212, QString("-007.50"))}
-                                            << true;
+    QTest::newRow("number kept as written")
+        << "(Rating > -007.50)" << QList<Row>{row(9104, 9212, QString("-007.50"))} << true;
     QTest::newRow("one group in parentheses")
         << "((Rating < 1) OR (PlayCount == 2))"
         << QList<Row>{row(9104, 9211, QString("1")), row(9105, 9213, QString("2"))} << false;
@@ -418,31 +427,48 @@ void TestZBSmartListRules::fillRulesRefuses_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("mentions");
 
-    QTest::newRow("All Tracks") << "Name like[cd] '*'" << "LIKE";
+    QTest::newRow("All Tracks") << "Name like[cd] '*'"
+                                << "LIKE";
     QTest::newRow("Video")
         << "!(Type contains[cd] 'SWF') AND !(Type contains[cd] 'EXE') AND !(Type contains[cd] 'rm') AND "
            "!(Type contains[cd] 'rv') AND !(Type contains[cd] 'XAP')"
         << "comparisons";
-    QTest::newRow("Today") << " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))" << "comparisons";
-    QTest::newRow("plain playlist") << "ANY Playlist.PlaylistUUID MATCHES 'X'" << "must start with a field";
+    QTest::newRow("Today") << " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))"
+                           << "comparisons";
+    QTest::newRow("plain playlist") << "ANY Playlist.PlaylistUUID MATCHES 'X'"
+                                    << "must start with a field";
     QTest::newRow("mixed joiners") << "(Name CONTAINS[CD] 'a') AND (Rating > 3) OR (Type CONTAINS[CD] 'b')"
                                    << "comparisons";
-    QTest::newRow("nested group")
-        << "((Name CONTAINS[CD] 'a') AND (Rating > 3)) AND (Type CONTAINS[CD] 'b')" << "comparisons";
-    QTest::newRow("negation") << "NOT (Name CONTAINS[CD] 'a')" << "comparisons";
-    QTest::newRow("constant predicate") << "TRUEPREDICATE" << "comparisons";
-    QTest::newRow("unknown field") << "(Genre CONTAINS[CD] 'a')" << "unknown field Genre";
-    QTest::newRow("field in wrong case") << "(name CONTAINS[CD] 'a')" << "unknown field name";
-    QTest::newRow("value first") << "('a' CONTAINS[CD] Name)" << "must start with a field";
-    QTest::newRow("text without modifiers") << "(Name CONTAINS 'a')" << "[cd]";
-    QTest::newRow("text with [c] only") << "(Name CONTAINS[c] 'a')" << "[cd]";
-    QTest::newRow("text compared with ==") << "(Name == 'a')" << "no text rule uses the operator ==";
-    QTest::newRow("text value not quoted") << "(Name CONTAINS[CD] 3)" << "quoted text";
-    QTest::newRow("number with >=") << "(Rating >= 3)" << "no number rule uses the operator >=";
-    QTest::newRow("number with modifier") << "(Rating >[c] 3)" << "no modifiers";
-    QTest::newRow("date without CAST") << "(Added > 5)" << "CAST";
-    QTest::newRow("date with !=") << "(Added != CAST(0, 'NSDate'))" << "no date rule";
-    QTest::newRow("does not parse") << "(Name CONTAINS[CD] 'a') AND" << "position 28";
+    QTest::newRow("nested group") << "((Name CONTAINS[CD] 'a') AND (Rating > 3)) AND (Type CONTAINS[CD] 'b')"
+                                  << "comparisons";
+    QTest::newRow("negation") << "NOT (Name CONTAINS[CD] 'a')"
+                              << "comparisons";
+    QTest::newRow("constant predicate") << "TRUEPREDICATE"
+                                        << "comparisons";
+    QTest::newRow("unknown field") << "(Genre CONTAINS[CD] 'a')"
+                                   << "unknown field Genre";
+    QTest::newRow("field in wrong case") << "(name CONTAINS[CD] 'a')"
+                                         << "unknown field name";
+    QTest::newRow("value first") << "('a' CONTAINS[CD] Name)"
+                                 << "must start with a field";
+    QTest::newRow("text without modifiers") << "(Name CONTAINS 'a')"
+                                            << "[cd]";
+    QTest::newRow("text with [c] only") << "(Name CONTAINS[c] 'a')"
+                                        << "[cd]";
+    QTest::newRow("text compared with ==") << "(Name == 'a')"
+                                           << "no text rule uses the operator ==";
+    QTest::newRow("text value not quoted") << "(Name CONTAINS[CD] 3)"
+                                           << "quoted text";
+    QTest::newRow("number with >=") << "(Rating >= 3)"
+                                    << "no number rule uses the operator >=";
+    QTest::newRow("number with modifier") << "(Rating >[c] 3)"
+                                          << "no modifiers";
+    QTest::newRow("date without CAST") << "(Added > 5)"
+                                       << "CAST";
+    QTest::newRow("date with !=") << "(Added != CAST(0, 'NSDate'))"
+                                  << "no date rule";
+    QTest::newRow("does not parse") << "(Name CONTAINS[CD] 'a') AND"
+                                    << "position 28";
 }
 
 void TestZBSmartListRules::fillRulesRefuses()
@@ -505,9 +531,10 @@ void TestZBSmartListRules::randomRoundTrip()
     // Rows of every field, operator and value kind with awkward text: quotes,
     // backslashes, escapes, wildcards, the joining words and non-ASCII text.
     static const QStringList fragments = {
-        "a",  "Z",  "é",    "Ü",     "日本", "😀",  "'",     "\"",    "\\",   " ",    "OR",    "AND",   " OR ",
-        " AND ", "\n", "\t", "*",   "?",    "(",    ")",     "[cd]", "\\'",  "%@",   "&&",   "||",    "\\n",
-        "CAST(1, 'NSDate')", "==", "NIL", "#",
+        "a",  "Z",   "é",    "Ü",    "日本",  "😀",  "'",  "\"",  "\\",
+        " ",  "OR",  "AND",  " OR ", " AND ", "\n", "\t", "*",   "?",
+        "(",  ")",   "[cd]", "\\'",  "%@",    "&&", "||", "\\n", "CAST(1, 'NSDate')",
+        "==", "NIL", "#",
     };
     static const QStringList numbers = {"0", "3", "-1", "42", "2.50", "-0.5", "1e3", "007", "99999999999999999999"};
 

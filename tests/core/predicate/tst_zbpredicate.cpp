@@ -240,8 +240,8 @@ void TestZBPredicate::evaluate_data()
     QTest::newRow("Ü vs u without d") << "ANY Playlist.Name BEGINSWITH[c] 'uber'" << false;
 
     // Lists: quantifiers, and a plain list read as ANY.
-    QTest::newRow("ANY MATCHES uuid")
-        << "ANY Playlist.PlaylistUUID MATCHES '22222222-BBBB-4000-8000-000000000002'" << true;
+    QTest::newRow("ANY MATCHES uuid") << "ANY Playlist.PlaylistUUID MATCHES '22222222-BBBB-4000-8000-000000000002'"
+                                      << true;
     QTest::newRow("ANY MATCHES unknown uuid")
         << "ANY Playlist.PlaylistUUID MATCHES '33333333-BBBB-4000-8000-000000000002'" << false;
     QTest::newRow("SOME") << "SOME Playlist.Name == 'Road trip'" << true;
@@ -387,10 +387,8 @@ void TestZBPredicate::precedence()
         subject.setValue(QStringLiteral("a"), a);
         subject.setValue(QStringLiteral("b"), b);
         subject.setValue(QStringLiteral("c"), c);
-        QVERIFY2(predicate.evaluate(subject) == expected, qPrintable(QStringLiteral("a=%1 b=%2 c=%3")
-                                                                        .arg(a)
-                                                                        .arg(b)
-                                                                        .arg(c)));
+        QVERIFY2(predicate.evaluate(subject) == expected,
+                 qPrintable(QStringLiteral("a=%1 b=%2 c=%3").arg(a).arg(b).arg(c)));
     }
 }
 
@@ -399,16 +397,22 @@ void TestZBPredicate::treeShape_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("description");
 
-    QTest::newRow("and binds tighter") << "a == 1 OR b == 2 AND c == 3" << "((a == 1) OR ((b == 2) AND (c == 3)))";
-    QTest::newRow("chains are flat") << "a == 1 AND b == 2 AND c == 3" << "((a == 1) AND (b == 2) AND (c == 3))";
-    QTest::newRow("groups stay apart")
-        << "(a == 1 AND b == 2) AND c == 3" << "(((a == 1) AND (b == 2)) AND (c == 3))";
-    QTest::newRow("not binds tightest") << "NOT a == 1 AND b == 2" << "(NOT (a == 1) AND (b == 2))";
-    QTest::newRow("modifiers and quantifier")
-        << "any Playlist.Name like[DC] 'x*'" << "(ANY Playlist.Name LIKE[cd] 'x*')";
-    QTest::newRow("spellings normalised") << "a <> 1 || b =< 2 || c => 3" << "((a != 1) OR (b <= 2) OR (c >= 3))";
-    QTest::newRow("constants") << "a == nil AND b == yes AND c == -2.5" << "((a == NIL) AND (b == YES) AND (c == -2.5))";
-    QTest::newRow("redundant parentheses") << "(((a == 1)))" << "(a == 1)";
+    QTest::newRow("and binds tighter") << "a == 1 OR b == 2 AND c == 3"
+                                       << "((a == 1) OR ((b == 2) AND (c == 3)))";
+    QTest::newRow("chains are flat") << "a == 1 AND b == 2 AND c == 3"
+                                     << "((a == 1) AND (b == 2) AND (c == 3))";
+    QTest::newRow("groups stay apart") << "(a == 1 AND b == 2) AND c == 3"
+                                       << "(((a == 1) AND (b == 2)) AND (c == 3))";
+    QTest::newRow("not binds tightest") << "NOT a == 1 AND b == 2"
+                                        << "(NOT (a == 1) AND (b == 2))";
+    QTest::newRow("modifiers and quantifier") << "any Playlist.Name like[DC] 'x*'"
+                                              << "(ANY Playlist.Name LIKE[cd] 'x*')";
+    QTest::newRow("spellings normalised") << "a <> 1 || b =< 2 || c => 3"
+                                          << "((a != 1) OR (b <= 2) OR (c >= 3))";
+    QTest::newRow("constants") << "a == nil AND b == yes AND c == -2.5"
+                               << "((a == NIL) AND (b == YES) AND (c == -2.5))";
+    QTest::newRow("redundant parentheses") << "(((a == 1)))"
+                                           << "(a == 1)";
 }
 
 void TestZBPredicate::treeShape()
@@ -426,22 +430,38 @@ void TestZBPredicate::stringLiterals_data()
     QTest::addColumn<QString>("literal");
     QTest::addColumn<QString>("value");
 
-    QTest::newRow("plain single") << "'abc'" << "abc";
-    QTest::newRow("plain double") << "\"abc\"" << "abc";
-    QTest::newRow("escaped single quote") << "'it\\'s'" << "it's";
-    QTest::newRow("double quote inside single") << "'say \"hi\"'" << "say \"hi\"";
-    QTest::newRow("single quote inside double") << "\"it's\"" << "it's";
-    QTest::newRow("escaped double quote") << "\"say \\\"hi\\\"\"" << "say \"hi\"";
-    QTest::newRow("escaped backslash") << "'a\\\\b'" << "a\\b";
-    QTest::newRow("backslash at end") << "'a\\\\'" << "a\\";
-    QTest::newRow("newline escape") << "'a\\nb'" << "a\nb";
-    QTest::newRow("tab escape") << "'a\\tb'" << "a\tb";
-    QTest::newRow("other escapes kept") << "'a\\.b\\d'" << "a\\.b\\d";
-    QTest::newRow("raw newline") << "'a\nb'" << "a\nb";
-    QTest::newRow("unicode") << "'日本 😀 é'" << "日本 😀 é";
-    QTest::newRow("keywords inside") << "'a AND b OR NOT c'" << "a AND b OR NOT c";
-    QTest::newRow("parentheses inside") << "'(x))'" << "(x))";
-    QTest::newRow("empty") << "''" << "";
+    QTest::newRow("plain single") << "'abc'"
+                                  << "abc";
+    QTest::newRow("plain double") << "\"abc\""
+                                  << "abc";
+    QTest::newRow("escaped single quote") << "'it\\'s'"
+                                          << "it's";
+    QTest::newRow("double quote inside single") << "'say \"hi\"'"
+                                                << "say \"hi\"";
+    QTest::newRow("single quote inside double") << "\"it's\""
+                                                << "it's";
+    QTest::newRow("escaped double quote") << "\"say \\\"hi\\\"\""
+                                          << "say \"hi\"";
+    QTest::newRow("escaped backslash") << "'a\\\\b'"
+                                       << "a\\b";
+    QTest::newRow("backslash at end") << "'a\\\\'"
+                                      << "a\\";
+    QTest::newRow("newline escape") << "'a\\nb'"
+                                    << "a\nb";
+    QTest::newRow("tab escape") << "'a\\tb'"
+                                << "a\tb";
+    QTest::newRow("other escapes kept") << "'a\\.b\\d'"
+                                        << "a\\.b\\d";
+    QTest::newRow("raw newline") << "'a\nb'"
+                                 << "a\nb";
+    QTest::newRow("unicode") << "'日本 😀 é'"
+                             << "日本 😀 é";
+    QTest::newRow("keywords inside") << "'a AND b OR NOT c'"
+                                     << "a AND b OR NOT c";
+    QTest::newRow("parentheses inside") << "'(x))'"
+                                        << "(x))";
+    QTest::newRow("empty") << "''"
+                           << "";
 }
 
 void TestZBPredicate::stringLiterals()
@@ -481,8 +501,7 @@ void TestZBPredicate::castDates_data()
     QTest::newRow("== same moment other zone") << "Added == " + atCut << cut.toOffsetFromUtc(3600 * 9) << true;
     QTest::newRow("reference date") << "Added == CAST(0, 'NSDate')" << referenceSeconds(0) << true;
     QTest::newRow("before the reference") << "Added == CAST(-86400.5, 'NSDate')"
-                                          << QDateTime(QDate(2000, 12, 30), QTime(23, 59, 59, 500), Qt::UTC)
-                                          << true;
+                                          << QDateTime(QDate(2000, 12, 30), QTime(23, 59, 59, 500), Qt::UTC) << true;
     QTest::newRow("milliseconds") << "Added == CAST(754012800.123000, 'NSDate')"
                                   << referenceSeconds(754012800).addMSecs(123) << true;
     QTest::newRow("lower-case cast") << "Added >= cast(752000000, \"NSDate\")" << cut << true;
@@ -511,8 +530,8 @@ void TestZBPredicate::downloadFilterCutOff()
     // after T minus its span, never local ones.
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const QDateTime cut = now.addSecs(-86400);
-    const QString text =
-        QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))", ZBPredicate::referenceSecondsFromDate(cut));
+    const QString text = QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
+                                           ZBPredicate::referenceSecondsFromDate(cut));
     const ZBPredicate today = ZBPredicate::parse(text);
     QVERIFY2(today.isValid(), qPrintable(today.errorString()));
 
@@ -533,17 +552,23 @@ void TestZBPredicate::standardLists_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expectedNames");
 
-    QTest::newRow("All Tracks") << "Name like[cd] '*'" << "a b c d e f g h";
+    QTest::newRow("All Tracks") << "Name like[cd] '*'"
+                                << "a b c d e f g h";
     QTest::newRow("Video")
         << "!(Type contains[cd] 'SWF') AND !(Type contains[cd] 'EXE') AND !(Type contains[cd] 'rm') AND "
            "!(Type contains[cd] 'rv') AND !(Type contains[cd] 'XAP')"
         << "a f g";
-    QTest::newRow("SWF") << "(Type contains[cd] 'SWF') OR (Type contains[cd] 'EXE')" << "b c";
-    QTest::newRow("Real video") << "(Type contains[cd] 'rm') OR (Type contains[cd] 'rv')" << "d h";
-    QTest::newRow("Silverlight") << "Type contains[cd] 'XAP'" << "e";
-    QTest::newRow("Today") << " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))" << "b c f";
+    QTest::newRow("SWF") << "(Type contains[cd] 'SWF') OR (Type contains[cd] 'EXE')"
+                         << "b c";
+    QTest::newRow("Real video") << "(Type contains[cd] 'rm') OR (Type contains[cd] 'rv')"
+                                << "d h";
+    QTest::newRow("Silverlight") << "Type contains[cd] 'XAP'"
+                                 << "e";
+    QTest::newRow("Today") << " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))"
+                           << "b c f";
     QTest::newRow("smart rule")
-        << "(Name CONTAINS[CD] 'it\\'s') AND (Type > 'a') OR (Added > CAST(754012800.000000, 'NSDate'))" << "c g";
+        << "(Name CONTAINS[CD] 'it\\'s') AND (Type > 'a') OR (Added > CAST(754012800.000000, 'NSDate'))"
+        << "c g";
 }
 
 void TestZBPredicate::standardLists()
@@ -577,11 +602,16 @@ void TestZBPredicate::searchFilter_data()
     QTest::addColumn<QString>("search");
     QTest::addColumn<QString>("expectedNames");
 
-    QTest::newRow("type in any case") << "mp4" << "Holiday Trailer";
-    QTest::newRow("name without accents") << "etude" << "Étude";
-    QTest::newRow("url part") << "example.org" << "Trailer";
-    QTest::newRow("upper-case search") << "HOLIDAY" << "Holiday";
-    QTest::newRow("nothing") << "zzz" << "";
+    QTest::newRow("type in any case") << "mp4"
+                                      << "Holiday Trailer";
+    QTest::newRow("name without accents") << "etude"
+                                          << "Étude";
+    QTest::newRow("url part") << "example.org"
+                              << "Trailer";
+    QTest::newRow("upper-case search") << "HOLIDAY"
+                                       << "Holiday";
+    QTest::newRow("nothing") << "zzz"
+                             << "";
 }
 
 void TestZBPredicate::searchFilter()
@@ -750,8 +780,8 @@ void TestZBPredicate::foldedFastPathIsUsed()
     {
         // Different flags are different folds.
         CountingSubject counting(track);
-        QVERIFY(ZBPredicate::parse(QStringLiteral("Type contains[c] 'w' AND Type contains[cd] 'w'"))
-                    .evaluate(counting));
+        QVERIFY(
+            ZBPredicate::parse(QStringLiteral("Type contains[c] 'w' AND Type contains[cd] 'w'")).evaluate(counting));
         QCOMPARE(counting.foldedCalls, 2);
     }
     {

@@ -37,8 +37,7 @@ void TestZBTextFold::fold_data()
     QTest::newRow("U umlaut, both") << u"Über"_qs << true << true << u"uber"_qs;
     QTest::newRow("U umlaut, diacritics keep case") << u"Über"_qs << false << true << u"Uber"_qs;
     QTest::newRow("decomposed input, both") << u"Cre\u0300me"_qs << true << true << u"creme"_qs;
-    QTest::newRow("decomposed input composes for case")
-        << u"E\u0301"_qs << true << false << u"\u00e9"_qs;
+    QTest::newRow("decomposed input composes for case") << u"E\u0301"_qs << true << false << u"\u00e9"_qs;
     QTest::newRow("several marks on one letter") << u"\u1EC7"_qs << true << true << u"e"_qs; // ệ
     QTest::newRow("greek sigma folds") << u"ΣΑΣ"_qs << true << false << u"σασ"_qs;
     QTest::newRow("greek tonos dropped") << u"Ά"_qs << true << true << u"α"_qs;
@@ -101,15 +100,13 @@ void TestZBTextFold::likeMatch_data()
     QTest::newRow("two questions not for one emoji") << u"a😀c"_qs << u"a??c"_qs << false;
     QTest::newRow("star backtracks") << u"aXbXc"_qs << u"*X?"_qs << true;
     QTest::newRow("repeated stars") << u"abc"_qs << u"**a**c**"_qs << true;
-    QTest::newRow("path with question mark literal") << u"/media/clip?01.mp4"_qs << u"/media/clip?01.mp4"_qs
-                                                     << true;
-    QTest::newRow("question in path is a wildcard") << u"/media/clipX01.mp4"_qs << u"/media/clip?01.mp4"_qs
-                                                    << true;
+    QTest::newRow("path with question mark literal") << u"/media/clip?01.mp4"_qs << u"/media/clip?01.mp4"_qs << true;
+    QTest::newRow("question in path is a wildcard") << u"/media/clipX01.mp4"_qs << u"/media/clip?01.mp4"_qs << true;
     QTest::newRow("url with question") << u"http://h/a?b=1"_qs << u"http://h/a?b=1"_qs << true;
     QTest::newRow("backslash is no escape") << u"C:\\x*"_qs << u"C:\\x*"_qs << true;
     QTest::newRow("backslash star literal value") << u"a\\b"_qs << u"a\\*"_qs << true;
-    QTest::newRow("uuid") << u"0A1B2C3D-0000-4000-8000-00000000ABCD"_qs
-                          << u"0A1B2C3D-0000-4000-8000-00000000ABCD"_qs << true;
+    QTest::newRow("uuid") << u"0A1B2C3D-0000-4000-8000-00000000ABCD"_qs << u"0A1B2C3D-0000-4000-8000-00000000ABCD"_qs
+                          << true;
     QTest::newRow("case matters without flags") << u"ABC"_qs << u"abc"_qs << false;
 }
 
@@ -137,8 +134,7 @@ void TestZBTextFold::likeMatchFoldsBothSides_data()
     QTest::newRow("both, pattern accented") << u"uber"_qs << u"Ü*"_qs << true << true << true;
     QTest::newRow("both, value accented") << u"Überall"_qs << u"u?er*"_qs << true << true << true;
     QTest::newRow("decomposed vs composed") << u"Cre\u0300me"_qs << u"crème"_qs << true << true << true;
-    QTest::newRow("path lookup") << u"/Home/U/Vidéos/A.MP4"_qs << u"/home/u/videos/a.mp4"_qs << true << true
-                                 << true;
+    QTest::newRow("path lookup") << u"/Home/U/Vidéos/A.MP4"_qs << u"/home/u/videos/a.mp4"_qs << true << true << true;
 }
 
 void TestZBTextFold::likeMatchFoldsBothSides()

@@ -201,7 +201,8 @@ void TestZBMpvEngine::loadsEveryFormat()
     QVERIFY(engine.isLoaded());
     // Loading leaves the file paused at its start.
     QVERIFY(!engine.isPlaying());
-    QVERIFY2(engine.currentTime() >= 0.0 && engine.currentTime() < 0.1, qPrintable(QString::number(engine.currentTime())));
+    QVERIFY2(engine.currentTime() >= 0.0 && engine.currentTime() < 0.1,
+             qPrintable(QString::number(engine.currentTime())));
     // Containers round the length to their own clock (AVI, ASF, FLV add a
     // frame or two).
     QVERIFY2(std::abs(engine.totalTime() - ClipSeconds) < 0.15, qPrintable(QString::number(engine.totalTime())));

@@ -2,6 +2,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include "engines/unsupported/zbunsupportedengine.h"
 #include "engines/zbplaybackengine.h"
 #include "library/zblibrarycontroller.h"
 #include "settings/zbsettings.h"
@@ -104,7 +105,11 @@ public:
         return missingChoice;
     }
     QString locateTrack(ZBItem *) override { return locatedPath; }
-    void showCannotPlay(ZBItem *item, const QString &) override { cannotPlay << (item ? item->Name() : QString()); }
+    void showCannotPlay(ZBItem *item, const QString &reason) override
+    {
+        cannotPlay << (item ? item->Name() : QString());
+        reasons << reason;
+    }
     bool showRealMediaUnsupported(ZBItem *item, const QString &) override
     {
         realRefused << item->Name();
@@ -116,6 +121,7 @@ public:
     bool neverAskAgain = false;
     QStringList asked;
     QStringList cannotPlay;
+    QStringList reasons;
     QStringList realRefused;
 };
 } // namespace
@@ -135,6 +141,7 @@ private Q_SLOTS:
     void missingFileOnTheWayIsSkippedSilently();
     void missingFileChosenByTheUser();
     void refusedFileShowsTheAlert();
+    void silverlightIsListedButRefused();
     void realMediaRefusalAsksOnceUnlessToldNotTo();
     void holdToSeekAndClick();
     void timeLabelAndSlider();
@@ -364,6 +371,31 @@ void TestZBPlaybackController::refusedFileShowsTheAlert()
     QVERIFY(!m_controller->isPlaying());
     QVERIFY(!m_controller->inProgress());
     QVERIFY(!m_controller->playingItem());
+}
+
+void TestZBPlaybackController::silverlightIsListedButRefused()
+{
+    ZBUnsupportedEngine silverlight(ZBPlaybackEngine::Silverlight, QStringLiteral("no Silverlight here"));
+    m_controller->setEngine(ZBPlaybackEngine::Silverlight, &silverlight);
+    ZBItem *app = addTrack("app", "5", "xap");
+    addTrack("movie", "5");
+    QCOMPARE(m_controller->engineCodeForItem(app), int(ZBPlaybackEngine::Silverlight));
+    QVERIFY(!m_controller->canInitWithFile(app));
+    startList(0);
+    QCOMPARE(m_ui->cannotPlay, QStringList({"app"}));
+    QVERIFY(m_ui->reasons.last().contains("no Silverlight here"));
+    QVERIFY(!m_controller->isPlaying());
+    QCOMPARE(m_video->loads, 0);
+    // Moving along a list passes over it without a word.
+    m_ui->cannotPlay.clear();
+    m_controller->setRepeat(ZBPlaySequencer::RepeatAll);
+    startList(1);
+    m_video->advance(5);
+    m_controller->timercallback();
+    settle();
+    QCOMPARE(m_controller->playingItem()->Name(), QStringLiteral("movie"));
+    QVERIFY(m_ui->cannotPlay.isEmpty());
+    m_controller->setEngine(ZBPlaybackEngine::Silverlight, nullptr);
 }
 
 void TestZBPlaybackController::realMediaRefusalAsksOnceUnlessToldNotTo()
