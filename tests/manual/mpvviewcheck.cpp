@@ -82,8 +82,11 @@ int main(int argc, char *argv[])
                 engine.view() ? "with a view" : "headless");
     if (!engine.view())
     {
-        std::fprintf(stderr, "mpvviewcheck: needs a display (xcb or wayland), not \"%s\"\n",
-                     qPrintable(QGuiApplication::platformName()));
+        std::fprintf(stderr,
+                     "mpvviewcheck: the engine runs headless here (platform \"%s\", NVK_HEADLESS_MEDIA=%s); "
+                     "run it on a display or under xvfb-run\n",
+                     qPrintable(QGuiApplication::platformName()),
+                     qPrintable(qEnvironmentVariable("NVK_HEADLESS_MEDIA")));
         return 2;
     }
 

@@ -1,5 +1,8 @@
 #include "library/zbitem.h"
 
+#include <QHash>
+#include <QMutex>
+
 #include "library/zbobjectcontext.h"
 #include "library/zbplaylist.h"
 #include "predicate/zbtextfold.h"
@@ -293,18 +296,71 @@ const QString *ZBItem::textField(const QString &key, int *index) const
     return &(this->*fields[*index]);
 }
 
+const QString *ZBItem::cachedFold(int index, const QString &field) const
+{
+    if (!(m_foldValid & (1u << index)))
+    {
+        m_folds[index] = ZBTextFold::fold(field, true, true);
+        // A library holds a handful of types over many tracks: sharing one
+        // copy of each keeps a scan of the whole library on fewer cache lines.
+        // A library scan may run on two threads at once (each track on one of
+        // them), so the shared pool is locked; it is only reached on a miss.
+        if (index == TypeField)
+        {
+            static QHash<QString, QString> pool;
+            static QMutex poolLock;
+            const QMutexLocker locker(&poolLock);
+            auto pooled = pool.constFind(m_folds[index]);
+            if (pooled == pool.cend())
+                pooled = pool.insert(m_folds[index], m_folds[index]);
+            m_folds[index] = *pooled;
+        }
+        // A present but empty text must stay present: '' is not absent.
+        if (m_folds[index].isNull() && !field.isNull())
+            m_folds[index] = QString(QLatin1String(""));
+        m_foldValid |= quint8(1u << index);
+    }
+    return &m_folds[index];
+}
+
 QString ZBItem::foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const
 {
     int index = 0;
     const QString *field = textField(key, &index);
     if (!field)
         return ZBPredicateSubject::foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
+    if (field->isNull())
+        return QString();
     if (!(caseInsensitive && diacriticInsensitive))
-        return ZBTextFold::fold(*field, caseInsensitive, diacriticInsensitive);
-    if (!(m_foldValid & (1u << index)))
     {
-        m_folds[index] = ZBTextFold::fold(*field, true, true);
-        m_foldValid |= quint8(1u << index);
+        const QString folded = ZBTextFold::fold(*field, caseInsensitive, diacriticInsensitive);
+        return folded.isNull() ? QString(QLatin1String("")) : folded;
     }
-    return m_folds[index];
+    return *cachedFold(index, *field);
+}
+
+const QString *ZBItem::cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
+                                               bool diacriticInsensitive) const
+{
+    int index = 0;
+    const QString *field = textField(key, &index);
+    if (!field || field->isNull())
+        return nullptr;
+    // Without modifiers the folded text is the text itself.
+    if (!caseInsensitive && !diacriticInsensitive)
+        return field;
+    if (!(caseInsensitive && diacriticInsensitive))
+        return nullptr;
+    return cachedFold(index, *field);
+}
+
+void ZBItem::prefetch() const
+{
+    __builtin_prefetch(this);
+    // The texts searches and the standard lists read.
+    for (const int index : {int(NameField), int(TypeField), int(URLField)})
+    {
+        if (m_foldValid & (1u << index))
+            __builtin_prefetch(m_folds[index].constData());
+    }
 }

@@ -64,6 +64,9 @@ public:
 
     QVariant valueForKeyPath(const QString &keyPath) const override;
     QString foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const override;
+    const QString *cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
+                                           bool diacriticInsensitive) const override;
+    void prefetch() const override;
 
 private:
     friend class ZBObjectContext;
@@ -79,7 +82,16 @@ private:
         TextFieldCount
     };
     const QString *textField(const QString &key, int *index) const;
+    const QString *cachedFold(int index, const QString &field) const;
     void forgetFolds(int field);
+
+    // Searches, smart lists and lookups compare case- and diacritic-folded
+    // text over the whole library many times a second; folding each value once
+    // keeps them cheap. Other fold variants are rare and computed on demand.
+    // First among the members, so that a scan finds it on the cache line it
+    // loads for the object anyway.
+    mutable std::array<QString, TextFieldCount> m_folds;
+    mutable quint8 m_foldValid = 0;
 
     QString m_ItemUUID;
     QString m_Name;
@@ -99,11 +111,6 @@ private:
     QList<ZBResources *> m_resources;
     ZBType *m_relType = nullptr;
 
-    // Searches, smart lists and lookups compare case- and diacritic-folded
-    // text over the whole library many times a second; folding each value once
-    // keeps them cheap. Other fold variants are rare and computed on demand.
-    mutable std::array<QString, TextFieldCount> m_folds;
-    mutable quint8 m_foldValid = 0;
 };
 
 using ZBItemList = QList<ZBItem *>;

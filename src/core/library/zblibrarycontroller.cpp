@@ -6,8 +6,10 @@
 #include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <algorithm>
+#include <thread>
 
 #include "predicate/zbtextfold.h"
 #include "util/zbadditionalmethods.h"
@@ -390,15 +392,21 @@ const ZBPredicate &ZBLibraryController::cachedPredicate(const QString &request) 
 
 ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPredicate &predicate)
 {
-    ZBItemList result;
-    if (!predicate.isValid())
-        return result;
-    for (ZBItem *item : items)
-    {
-        if (predicate.evaluate(*item))
-            result.append(item);
-    }
-    return result;
+    // Filtering a whole library waits on memory more than it computes; two
+    // halves on two cores finish in about half the time. Each track is read by
+    // one thread only, so its lazily filled text cache needs no lock.
+    constexpr qsizetype ParallelFrom = 20000;
+    if (items.size() < ParallelFrom || QThread::idealThreadCount() < 2)
+        return predicate.filter(items);
+    const qsizetype half = items.size() / 2;
+    const ZBItemList firstHalf = items.mid(0, half);
+    const ZBItemList secondHalf = items.mid(half);
+    ZBItemList secondMatches;
+    std::thread worker([&]() { secondMatches = predicate.filter(secondHalf); });
+    ZBItemList matches = predicate.filter(firstHalf);
+    worker.join();
+    matches.append(secondMatches);
+    return matches;
 }
 
 ZBItemList ZBLibraryController::itemsMatching(const QString &request) const

@@ -23,3 +23,5 @@ const QString *ZBPredicateSubject::cachedFoldedValueForKey(const QString &key, b
     Q_UNUSED(diacriticInsensitive);
     return nullptr;
 }
+
+void ZBPredicateSubject::prefetch() const {}

@@ -36,4 +36,10 @@ public:
     // matters ("Name like[cd] '*'", "URL == ''"). The default answers nullptr.
     virtual const QString *cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
                                                    bool diacriticInsensitive) const;
+
+    // A hint to start loading the memory an evaluation of this subject reads.
+    // Filtering a whole library is bound by memory latency, not by the
+    // comparisons: ZBPredicate::filter() calls this a few subjects ahead so
+    // that the loads overlap. The default does nothing.
+    virtual void prefetch() const;
 };

@@ -36,6 +36,7 @@ public:
     QString foldedValueForKey(const QString &key, bool caseInsensitive, bool diacriticInsensitive) const override;
     const QString *cachedFoldedValueForKey(const QString &key, bool caseInsensitive,
                                            bool diacriticInsensitive) const override;
+    void prefetch() const override;
 
     // The key path walk on any value, for callers without a subject.
     static QVariant valueForKeyPath(const QVariant &root, QStringView keyPath);
@@ -44,20 +45,26 @@ private:
     // Records have a handful of keys and are scanned over whole libraries, so
     // the layout is chosen for few cache misses per lookup: the entries live
     // inside the object, a compact fingerprint per key finds the right one,
-    // and an entry's key sits next to its case- and diacritic-folded text.
+    // and all folded texts of the record sit in one buffer, those folded for
+    // case and diacritics (what searches and smart lists ask for) first.
     struct Entry
     {
         QString key;
-        std::array<QString, 4> folded; // see foldIndex(); all null when not text
+        // Views into m_arena, see foldIndex(); all null when not text.
+        std::array<QString, 4> folded;
         QVariant value;
     };
 
     static quint32 fingerprint(const QString &key);
     static size_t foldIndex(bool caseInsensitive, bool diacriticInsensitive);
     const Entry *find(const QString &key) const;
-    static void fold(Entry &entry);
+    void rebuildFolds();
 
+    // Never changed in place, only replaced, so copies of the subject that
+    // share it keep valid views. First, so that prefetch() finds it in the
+    // object's first cache line.
+    QString m_arena;
+    bool m_cacheFolds = false;
     QVarLengthArray<quint32, 8> m_fingerprints;
     QVarLengthArray<Entry, 8> m_entries;
-    bool m_cacheFolds = false;
 };

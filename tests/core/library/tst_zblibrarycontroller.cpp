@@ -49,6 +49,7 @@ private Q_SLOTS:
     void sortRules();
     void resourcesOfAnItem();
     void unparsableRequestSelectsNothing();
+    void largeLibrariesFilterToTheSameOrderedResult();
     void changesSurviveReopening();
     void nullAndEmptyTextStayDistinctOnDisk();
 
@@ -427,6 +428,35 @@ void TestZBLibraryController::unparsableRequestSelectsNothing()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("selects nothing")));
     QVERIFY(m_library->getItemsFromPlaylist(broken).isEmpty());
     QCOMPARE(m_library->itemsMatching("Name like[cd] '*'").size(), 1);
+}
+
+void TestZBLibraryController::largeLibrariesFilterToTheSameOrderedResult()
+{
+    // Big enough that the scan is split between threads.
+    ZBObjectContext *context = m_library->managedObjectContext();
+    const QStringList types = {"mp4", "SWF", "Mkv", "rm", "exe"};
+    for (int i = 0; i < 30000; ++i)
+    {
+        ZBItem *item = context->insertItem();
+        item->setName(QStringLiteral("Clip %1 Été").arg(i));
+        item->setType(types.at(i % types.size()));
+        item->setURL(i % 3 ? QStringLiteral("") : QStringLiteral("http://x/%1").arg(i));
+        item->setPlayCountValue(i % 11);
+    }
+    for (const char *text : {"Name CONTAINS[cd] 'ete' AND Name CONTAINS '7'", "(Type contains[cd] 'SWF') OR "
+                             "(Type contains[cd] 'EXE')", "!(URL == '') AND PlayCount > 5", "Name like[cd] '*'"})
+    {
+        const ZBPredicate predicate = ZBPredicate::parse(QLatin1String(text));
+        QVERIFY2(predicate.isValid(), text);
+        ZBItemList expected;
+        for (ZBItem *item : context->items())
+        {
+            if (predicate.evaluate(*item))
+                expected << item;
+        }
+        QVERIFY2(!expected.isEmpty(), text);
+        QCOMPARE(ZBLibraryController::filterItems(context->items(), predicate), expected);
+    }
 }
 
 void TestZBLibraryController::changesSurviveReopening()

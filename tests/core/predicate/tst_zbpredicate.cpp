@@ -1,3 +1,6 @@
+#include <memory>
+#include <vector>
+
 #include <QDateTime>
 #include <QTest>
 
@@ -66,8 +69,11 @@ public:
         return m_inner.foldedValueForKey(key, caseInsensitive, diacriticInsensitive);
     }
 
+    void prefetch() const override { ++prefetchCalls; }
+
     mutable int valueCalls = 0;
     mutable int foldedCalls = 0;
+    mutable int prefetchCalls = 0;
 
 private:
     const ZBVariantMapSubject &m_inner;
@@ -135,6 +141,7 @@ private Q_SLOTS:
     void descriptionReadsBack_data();
     void descriptionReadsBack();
     void copiesShareOneTree();
+    void filterKeepsOrderAndPrefetchesAhead();
     void dateHelpers();
 };
 
@@ -852,6 +859,40 @@ void TestZBPredicate::copiesShareOneTree()
     QCOMPARE(copy.root(), original.root());
     QCOMPARE(copy.text(), original.text());
     QVERIFY(copy.evaluate(track));
+}
+
+void TestZBPredicate::filterKeepsOrderAndPrefetchesAhead()
+{
+    std::vector<ZBVariantMapSubject> tracks;
+    for (int i = 0; i < 20; ++i)
+    {
+        ZBVariantMapSubject track;
+        track.setValue(QStringLiteral("Rating"), i % 3);
+        track.cacheFoldedValues();
+        tracks.push_back(track);
+    }
+    std::vector<std::unique_ptr<CountingSubject>> counting;
+    QList<CountingSubject *> list;
+    for (const ZBVariantMapSubject &track : tracks)
+    {
+        counting.push_back(std::make_unique<CountingSubject>(track));
+        list.append(counting.back().get());
+    }
+
+    const QList<CountingSubject *> matches = ZBPredicate::parse(QStringLiteral("Rating == 1")).filter(list);
+    QCOMPARE(matches.size(), 7);
+    for (qsizetype i = 0; i < matches.size(); ++i)
+        QCOMPARE(matches.at(i), list.at(3 * i + 1));
+    // Every subject but the first few is announced before it is evaluated.
+    int prefetched = 0;
+    for (const auto &subject : counting)
+        prefetched += subject->prefetchCalls;
+    QVERIFY(prefetched >= list.size() - 8);
+    QVERIFY(counting.front()->prefetchCalls == 0);
+    QVERIFY(counting.back()->prefetchCalls == 1);
+
+    QVERIFY(ZBPredicate::parse(QStringLiteral("Rating ==")).filter(list).isEmpty());
+    QVERIFY(ZBPredicate::parse(QStringLiteral("Rating == 1")).filter(QList<CountingSubject *>()).isEmpty());
 }
 
 void TestZBPredicate::dateHelpers()
