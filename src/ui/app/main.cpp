@@ -1,9 +1,42 @@
 #include <QApplication>
 #include <QFileInfo>
 
+#include <QSocketNotifier>
+
 #include <clocale>
+#include <csignal>
+#include <unistd.h>
 
 #include "ui/app/mainwndcontroller.h"
+
+namespace
+{
+int quitPipe[2] = {-1, -1};
+
+void requestQuit(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(quitPipe[1], &byte, 1);
+}
+
+// A logout or `kill` ends the program the way the Quit command does, so the
+// settings and the window's place are saved. Only a write to a pipe is safe
+// inside a signal handler; the event loop does the rest.
+void quitOnTerminationSignals(QCoreApplication &app)
+{
+    if (::pipe(quitPipe) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(quitPipe[0], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, []() { QCoreApplication::quit(); });
+    struct sigaction action = {};
+    action.sa_handler = requestQuit;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGHUP, &action, nullptr);
+}
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -13,6 +46,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setDesktopFileName(QStringLiteral("norvikplayer"));
     // The video engine refuses to start under locales with a decimal comma.
     std::setlocale(LC_NUMERIC, "C");
+
+    quitOnTerminationSignals(app);
 
     MainWndController controller;
     if (!controller.start())

@@ -1,6 +1,9 @@
 #include "ui/app/mainwndcontroller.h"
 
+#include <QActionGroup>
 #include <QApplication>
+#include <QDir>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QMainWindow>
 #include <QMenuBar>
@@ -16,6 +19,8 @@
 #include "library/zblibraryimporter.h"
 #include "localization/zblocalizer.h"
 #include "localization/zbmainmenudefinition.h"
+#include "playback/zbmediatypes.h"
+#include "playback/zbprojector.h"
 #include "settings/zbsettings.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/localization/zbmenulocalizer.h"
@@ -25,7 +30,13 @@
 
 namespace
 {
-void addEntries(QMenu *menu, const QList<ZBMenuEntry> &entries)
+using Commands = QHash<QString, std::function<void()>>;
+
+// Builds the menus from their English definition. An item whose path
+// ("Playback/Repeat/All") has a command is connected; the others stay disabled
+// until the feature behind them exists, rather than pretend to work.
+void addEntries(QMenu *menu, const QList<ZBMenuEntry> &entries, const QString &path, const Commands &commands,
+                QHash<QString, QAction *> &actions)
 {
     for (const ZBMenuEntry &entry : entries)
     {
@@ -34,21 +45,21 @@ void addEntries(QMenu *menu, const QList<ZBMenuEntry> &entries)
             menu->addSeparator();
             continue;
         }
+        const QString itemPath = path.isEmpty() ? entry.title : path + QLatin1Char('/') + entry.title;
         if (entry.hasSubmenu())
         {
-            addEntries(menu->addMenu(entry.title), entry.children);
+            addEntries(menu->addMenu(entry.title), entry.children, itemPath, commands, actions);
             continue;
         }
         QAction *action = menu->addAction(entry.title);
-        if (entry.title.startsWith(QLatin1String("Quit")))
+        actions.insert(itemPath, action);
+        const auto command = commands.constFind(itemPath);
+        if (command == commands.cend())
         {
-            action->setShortcut(QKeySequence::Quit);
-            QObject::connect(action, &QAction::triggered, qApp, &QApplication::quit, Qt::QueuedConnection);
+            action->setEnabled(false);
             continue;
         }
-        // Commands are connected as the features behind them arrive; until
-        // then an item must not pretend to work.
-        action->setEnabled(false);
+        QObject::connect(action, &QAction::triggered, menu, *command);
     }
 }
 } // namespace
@@ -79,8 +90,8 @@ bool MainWndController::start()
         return false;
     m_library->initLibrary();
 
-    buildMainMenu();
     buildPlayerWindow();
+    buildMainMenu();
     m_window->setWindowTitle(ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")));
     const QByteArray frame = m_settings->windowFrame(ZBSettings::mainWindowFrameName());
     if (!frame.isEmpty())
@@ -223,11 +234,104 @@ void MainWndController::openFiles(const QStringList &paths)
 
 void MainWndController::buildMainMenu()
 {
+    const Commands commands = {
+        {QStringLiteral("NorvikPlayer/Quit Norvik Player"), []() { QApplication::quit(); }},
+        {QStringLiteral("File/Quit"), []() { QApplication::quit(); }},
+        {QStringLiteral("File/Open…"), [this]() { addToLibrary(); }},
+        {QStringLiteral("File/Add to Library…"), [this]() { addToLibrary(); }},
+        {QStringLiteral("File/Save Movie As…"), [this]() { saveAs(); }},
+        {QStringLiteral("Playback/Play"),
+         [this]() { m_playback->play_video(ZBPlaybackController::Sender::PlayButton); }},
+        {QStringLiteral("Playback/Stop"), [this]() { m_playback->stopPlayback(); }},
+        {QStringLiteral("Playback/Next"), [this]() { m_playback->buttonNextClick(); }},
+        {QStringLiteral("Playback/Previous"), [this]() { m_playback->buttonPrevClick(); }},
+        {QStringLiteral("Playback/Repeat/None"), [this]() { m_playback->setRepeat(ZBPlaySequencer::RepeatNone); }},
+        {QStringLiteral("Playback/Repeat/All"), [this]() { m_playback->setRepeat(ZBPlaySequencer::RepeatAll); }},
+        {QStringLiteral("Playback/Repeat/One"), [this]() { m_playback->setRepeat(ZBPlaySequencer::RepeatOne); }},
+        {QStringLiteral("Playback/Shuffle"), [this]() { m_playback->setShuffle(!m_playback->shuffle()); }},
+        {QStringLiteral("Playback/Volume Up"), [this]() { m_playback->volumeUp(); }},
+        {QStringLiteral("Playback/Volume Down"), [this]() { m_playback->volumeDown(); }},
+        {QStringLiteral("Playback/Mute"), [this]() { m_playback->mute(); }},
+    };
+    QHash<QString, QAction *> actions;
     QMenuBar *bar = m_window->menuBar();
     for (const ZBMenuEntry &top : ZBMainMenuDefinition::mainMenu())
-        addEntries(bar->addMenu(top.title), top.children);
+    {
+        const QString title = top.title == u"Apple" ? QStringLiteral("NorvikPlayer") : top.title;
+        addEntries(bar->addMenu(top.title), top.children, title, commands, actions);
+    }
+
+    const auto shortcut = [&actions](const char *path, const QKeySequence &keys) {
+        if (QAction *action = actions.value(QLatin1String(path)))
+            action->setShortcut(keys);
+    };
+    shortcut("File/Open…", QKeySequence::Open);
+    shortcut("File/Save Movie As…", QKeySequence::SaveAs);
+    shortcut("File/Quit", QKeySequence::Quit);
+
+    // Repeat is one of three; shuffle is on or off. Both show the settings.
+    auto *repeatGroup = new QActionGroup(m_window.get());
+    const char *const repeatPaths[] = {"Playback/Repeat/None", "Playback/Repeat/All", "Playback/Repeat/One"};
+    for (int mode = 0; mode < 3; ++mode)
+    {
+        if (QAction *action = actions.value(QLatin1String(repeatPaths[mode])))
+        {
+            action->setCheckable(true);
+            action->setChecked(m_playback->repeat() == mode);
+            repeatGroup->addAction(action);
+        }
+    }
+    if (QAction *action = actions.value(QStringLiteral("Playback/Shuffle")))
+    {
+        action->setCheckable(true);
+        action->setChecked(m_playback->shuffle());
+    }
+
     // Retitle once: the keys are built from the English titles just added.
     ZBMenuLocalizer::localizeMainMenuBar(bar);
+}
+
+void MainWndController::addToLibrary()
+{
+    QStringList patterns;
+    for (const QString &type : ZBMediaTypes::getSupportedFileTypes())
+    {
+        if (!type.startsWith(QLatin1Char('\'')))
+            patterns << QStringLiteral("*.") + type << QStringLiteral("*.") + type.toUpper();
+    }
+    const QStringList files = QFileDialog::getOpenFileNames(
+        m_window.get(), ZBLocalizer::localizedStringForKey(QStringLiteral("importWindowTitle")), QString(),
+        QStringLiteral("%1 (%2)").arg(ZBLocalizer::localizedStringForKey(QStringLiteral("prefShowMediaOnly")),
+                                      patterns.join(QLatin1Char(' '))));
+    openFiles(files);
+}
+
+void MainWndController::saveAs()
+{
+    ZBItem *item = m_playback->playingItem();
+    if (!item)
+        return;
+    // A projector is saved as the plain movie inside it.
+    const bool convert = item->Type().compare(QLatin1String("exe"), Qt::CaseInsensitive) == 0
+                         || ZBProjector::isApplicationFile(item->Path());
+    const QFileInfo source(item->Path());
+    const QString suffix = convert ? QStringLiteral("swf") : item->Type();
+    const QString proposed = source.dir().filePath(convert ? source.completeBaseName() + QStringLiteral(".swf")
+                                                           : source.fileName());
+    const QString target = QFileDialog::getSaveFileName(m_window.get(), QString(), proposed,
+                                                        QStringLiteral("*.%1").arg(suffix));
+    if (target.isEmpty())
+        return;
+    bool ok = false;
+    if (convert)
+        ok = ZBProjector::convertEXE(item->Path(), target);
+    else
+    {
+        QFile::remove(target);
+        ok = QFile::copy(item->Path(), target);
+    }
+    if (!ok)
+        qWarning("Some errors");
 }
 
 bool MainWndController::openLibrary()

@@ -48,6 +48,9 @@ public:
 private:
     bool openLibrary();
     void buildMainMenu();
+    void addToLibrary();
+    // Saves a copy of the playing track; a projector becomes its plain movie.
+    void saveAs();
     void buildPlayerWindow();
     void addShortcuts();
     void reloadTrackList();

@@ -1,0 +1,73 @@
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QTest>
+
+#include "library/zblibrarycontroller.h"
+#include "support/mediafactory.h"
+#include "ui/app/mainwndcontroller.h"
+#include "ui/library/zbtracklistmodel.h"
+#include "ui/playback/zbplaybackcontroller.h"
+
+// The window as a user starts it: stores opened, menus built and connected,
+// files handed over on the command line added and played.
+class TestMainWndController : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // Keeps the library and settings of whoever runs the tests out of reach.
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
+        QCoreApplication::setApplicationName(QStringLiteral("Norvik Player Tests"));
+        QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)).removeRecursively();
+    }
+
+    void startsWithMenusAndAnEmptyList()
+    {
+        MainWndController controller;
+        QVERIFY(controller.start());
+        QVERIFY(controller.window()->isVisible());
+        QCOMPARE(controller.trackModel()->rowCount(), 0);
+
+        QStringList enabled;
+        const auto collect = [&enabled](QMenu *menu, const auto &self) -> void {
+            for (QAction *action : menu->actions())
+            {
+                if (action->menu())
+                    self(action->menu(), self);
+                else if (!action->isSeparator() && action->isEnabled())
+                    enabled << action->text();
+            }
+        };
+        for (QAction *top : controller.window()->menuBar()->actions())
+            collect(top->menu(), collect);
+        for (const char *title : {"Play", "Stop", "Next", "Shuffle", "Volume Up", "Mute"})
+            QVERIFY2(enabled.contains(QLatin1String(title)), title);
+        // What has no command yet is not offered.
+        QVERIFY(!enabled.contains(QStringLiteral("Get Info")));
+    }
+
+    void openedFilesAreAddedAndTheFirstPlays()
+    {
+        if (!nvktest::MediaFactory::isAvailable())
+            QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
+        const QString clip = nvktest::MediaFactory::clip(QStringLiteral("mp4"));
+        const QString other = nvktest::MediaFactory::clip(QStringLiteral("mkv"));
+        QVERIFY(!clip.isEmpty() && !other.isEmpty());
+
+        MainWndController controller;
+        QVERIFY(controller.start());
+        controller.openFiles({other, clip});
+        QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), 2, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
+        QCOMPARE(controller.playback()->playingItem()->Path(), other);
+        QVERIFY(controller.window()->windowTitle().contains(controller.playback()->playingItem()->Name()));
+    }
+};
+
+QTEST_MAIN(TestMainWndController)
+#include "tst_mainwndcontroller.moc"
