@@ -22,21 +22,8 @@ private Q_SLOTS:
     void damagedLibraryIsReportedAndKept();
 
 private:
-    struct Result
-    {
-        int code;
-        QString out;
-        QString err;
-    };
-    Result ctl(const QStringList &arguments)
-    {
-        QProcess process;
-        process.start(nvktest::binaryPath("norvikctl"), QStringList{"--data-dir", m_dir->path()} + arguments);
-        if (!process.waitForFinished(60000))
-            return {-1, {}, QStringLiteral("timed out")};
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-    }
+    using Result = nvktest::CtlResult;
+    Result ctl(const QStringList &arguments) { return nvktest::runCtl(m_dir->path(), arguments); }
     QString ok(const QStringList &arguments)
     {
         const Result result = ctl(arguments);

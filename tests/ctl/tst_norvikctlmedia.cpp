@@ -26,21 +26,8 @@ private Q_SLOTS:
     void swfInfoErrors();
 
 private:
-    struct Result
-    {
-        int code;
-        QString out;
-        QString err;
-    };
-    Result ctl(const QStringList &arguments)
-    {
-        QProcess process;
-        process.start(nvktest::binaryPath("norvikctl"), QStringList{"--data-dir", m_data->path()} + arguments);
-        if (!process.waitForFinished(120000))
-            return {-1, {}, QStringLiteral("timed out")};
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-    }
+    using Result = nvktest::CtlResult;
+    Result ctl(const QStringList &arguments) { return nvktest::runCtl(m_data->path(), arguments); }
     QString file(const QString &relative, const QByteArray &bytes)
     {
         const QString path = m_files.filePath(relative);

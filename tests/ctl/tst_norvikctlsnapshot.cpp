@@ -23,27 +23,8 @@ private Q_SLOTS:
     void refusesWithAMessage();
 
 private:
-    struct Result
-    {
-        int code;
-        QString out;
-        QString err;
-    };
-    Result ctl(const QStringList &arguments)
-    {
-        QProcess process;
-        // A data folder of its own, so that a wrong turn into the library
-        // would never touch the user's.
-        process.start(nvktest::binaryPath("norvikctl"), QStringList{"--data-dir", m_data.path()} + arguments);
-        if (!process.waitForFinished(90000))
-        {
-            process.kill();
-            process.waitForFinished();
-            return {-1, {}, QStringLiteral("timed out")};
-        }
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-    }
+    using Result = nvktest::CtlResult;
+    Result ctl(const QStringList &arguments) { return nvktest::runCtl(m_data.path(), arguments); }
 
     nvktest::DataDir m_data;
     QTemporaryDir m_out;

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QProcess>
 
 namespace nvktest
 {
@@ -19,5 +20,19 @@ QString binaryPath(const QString &name)
     if (!bin.isEmpty())
         return QDir(bin).filePath(name);
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
+}
+
+CtlResult runCtl(const QString &dataDir, const QStringList &arguments, int timeoutMs)
+{
+    QProcess process;
+    process.start(binaryPath(QStringLiteral("norvikctl")), QStringList{QStringLiteral("--data-dir"), dataDir} + arguments);
+    if (!process.waitForFinished(timeoutMs))
+    {
+        process.kill();
+        process.waitForFinished(5000);
+        return {-1, {}, QStringLiteral("timed out")};
+    }
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
 }
 } // namespace nvktest

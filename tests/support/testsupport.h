@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 // Small helpers shared by the test executables.
@@ -21,4 +22,16 @@ private:
 
 // Folder of the built executables (norvikctl, test helpers).
 QString binaryPath(const QString &name);
+
+// What a run of norvikctl left behind: its exit code (-1 when it crashed or
+// timed out) and what it wrote to stdout and stderr.
+struct CtlResult
+{
+    int code;
+    QString out;
+    QString err;
+};
+
+// Runs norvikctl on the library in `dataDir`, never the user's.
+CtlResult runCtl(const QString &dataDir, const QStringList &arguments, int timeoutMs = 120000);
 } // namespace nvktest

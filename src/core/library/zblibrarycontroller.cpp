@@ -185,32 +185,34 @@ void ZBLibraryController::refreshDownloadSmartList(const QDateTime &now)
 QString ZBLibraryController::addSmartListWithName(const QString &name, const QString &request, const QString &group,
                                                   const QString &sortBy, bool ascend, qint32 sortOrder)
 {
-    ZBPlaylist *playlist = m_context.insertPlaylist();
-    const QString uuid = ZBAdditionalMethods::generateUUID();
-    playlist->setName(name);
+    ZBPlaylist *playlist = insertPlaylist(name, sortBy, ascend, sortOrder);
     playlist->setIsSmart(true);
     playlist->setRequest(request);
     playlist->setGroup(group);
-    playlist->setSortField(sortBy);
-    playlist->setAscend(ascend);
-    playlist->setSortOrder(sortOrder);
-    playlist->setPlaylistUUID(uuid);
     save();
-    return uuid;
+    return playlist->PlaylistUUID();
 }
 
 QString ZBLibraryController::addPlaylistToLibraryByName(const QString &name, const QString &sortBy, bool ascend,
                                                         qint32 sortOrder)
 {
+    // isSmart, Group and Request stay unset: the record's defaults make it a
+    // plain list of the user's.
+    const ZBPlaylist *playlist = insertPlaylist(name, sortBy, ascend, sortOrder);
+    save();
+    return playlist->PlaylistUUID();
+}
+
+ZBPlaylist *ZBLibraryController::insertPlaylist(const QString &name, const QString &sortBy, bool ascend,
+                                                qint32 sortOrder)
+{
     ZBPlaylist *playlist = m_context.insertPlaylist();
-    const QString uuid = ZBAdditionalMethods::generateUUID();
     playlist->setName(name);
     playlist->setSortField(sortBy);
     playlist->setAscend(ascend);
     playlist->setSortOrder(sortOrder);
-    playlist->setPlaylistUUID(uuid);
-    save();
-    return uuid;
+    playlist->setPlaylistUUID(ZBAdditionalMethods::generateUUID());
+    return playlist;
 }
 
 ZBPlaylist *ZBLibraryController::playlistByUUID(const QString &uuid) const

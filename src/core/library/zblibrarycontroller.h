@@ -95,6 +95,7 @@ public:
     static ZBItemList sortList(const ZBItemList &tracks, const QString &key, bool ascend);
 
 private:
+    ZBPlaylist *insertPlaylist(const QString &name, const QString &sortBy, bool ascend, qint32 sortOrder);
     QList<ZBItem *> itemsLike(const QString &pattern, QList<ZBItem *> (ZBObjectContext::*indexed)(const QString &),
                               const QString &key) const;
     const ZBPredicate &cachedPredicate(const QString &request) const;
