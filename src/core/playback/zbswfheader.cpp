@@ -225,7 +225,7 @@ std::optional<ZBSwfHeader::Info> ZBSwfHeader::readHeader(QByteArrayView bytes)
     info.fileLength = readLE32(bytes, 4);
 
     const QByteArray decoded = body(bytes, *compression, HeaderBodyPrefix);
-    const QByteArrayView rest(decoded);
+    QByteArrayView rest(decoded);
     if (rest.isEmpty())
         return std::nullopt;
 
@@ -254,6 +254,10 @@ std::optional<ZBSwfHeader::Info> ZBSwfHeader::readHeader(QByteArrayView bytes)
     position += 4;
 
     // The first tag, when enough of it is present, may be FileAttributes.
+    // Bytes past the length the header states are not part of the movie
+    // (a projector or a download may carry more): they cannot hold it.
+    const qsizetype statedBody = info.fileLength >= 8 ? qsizetype(info.fileLength - 8) : 0;
+    rest = rest.first(std::min(rest.size(), statedBody));
     if (position + 2 <= rest.size())
     {
         const quint16 codeAndLength = readLE16(rest, position);

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void forgedFileLength();
     void garbageCompressedBodies();
     void forgedLzmaDictionary();
+    void attributesPastTheStatedLengthDoNotCount();
 };
 
 void TestZBSwfHeader::headerFields_data()
@@ -383,6 +384,25 @@ void TestZBSwfHeader::forgedLzmaDictionary()
     QVERIFY(info);
     QCOMPARE(info->frameCount, quint16(6));
     QCOMPARE(ZBSwfHeader::uncompressedMovie(movie), SwfWriter().addFrames(6).build());
+}
+
+void TestZBSwfHeader::attributesPastTheStatedLengthDoNotCount()
+{
+    // Found by fuzzing: a compressed movie stating 22 bytes whose stream goes
+    // on into an AS3 FileAttributes tag. What lies past the stated length is
+    // not the movie; reading it must agree with the uncompressed copy, which
+    // stops there.
+    const QByteArray movie = QByteArray::fromBase64("Q1dTCRYAAAB42qtgYI1nYOBfwMAkwcLgIsjBwMDgzH7//39GJAYHBjSEfv7/U5f5qA==");
+    const std::optional<ZBSwfHeader::Info> header = ZBSwfHeader::readHeader(movie);
+    QVERIFY(header);
+    QCOMPARE(header->fileLength, quint32(22));
+    QVERIFY(!header->hasFileAttributes);
+    const QByteArray plain = ZBSwfHeader::uncompressedMovie(movie);
+    QCOMPARE(plain.size(), 22);
+    const std::optional<ZBSwfHeader::Info> again = ZBSwfHeader::readHeader(plain);
+    QVERIFY(again);
+    QCOMPARE(again->hasFileAttributes, header->hasFileAttributes);
+    QCOMPARE(again->frameCount, header->frameCount);
 }
 
 QTEST_GUILESS_MAIN(TestZBSwfHeader)
