@@ -254,10 +254,11 @@ std::optional<ZBSwfHeader::Info> ZBSwfHeader::readHeader(QByteArrayView bytes)
     position += 4;
 
     // The first tag, when enough of it is present, may be FileAttributes.
-    // Bytes past the length the header states are not part of the movie
-    // (a projector or a download may carry more): they cannot hold it.
-    const qsizetype statedBody = info.fileLength >= 8 ? qsizetype(info.fileLength - 8) : 0;
-    rest = rest.first(std::min(rest.size(), statedBody));
+    // A compressed stream may go on past the length the header states, and
+    // what follows is not movie: it cannot hold the tag. The same rule as
+    // uncompressedMovie(), so both readings of a movie agree.
+    if (info.compression != Compression::None && info.fileLength > 8)
+        rest = rest.first(std::min(rest.size(), qsizetype(info.fileLength) - 8));
     if (position + 2 <= rest.size())
     {
         const quint16 codeAndLength = readLE16(rest, position);
