@@ -69,6 +69,7 @@ const Entry kEntries[] = {
     {"MustShowFilterHint", &ZBSettings::mustShowFilterHint},
     {"WindowOnTopMode", &ZBSettings::onTopMode},
     {"FlvBackgroundColor", &ZBSettings::flvBgColor, Check::Colour},
+    {"showTutorial", &ZBSettings::showTutorial},
 };
 
 const QString kLastApplicationPath = QStringLiteral("LastApplicationPath");

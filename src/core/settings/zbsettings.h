@@ -109,6 +109,9 @@ public:
     int onTopMode = 1;
     // "FlvBackgroundColor" as "#rrggbb", so that the core needs no QtGui.
     QString flvBgColor = QStringLiteral("#000000");
+    // "showTutorial": "show" or "hide", whether the start screen shows its
+    // hints. Kept as text, the values the tutorial itself reports.
+    QString showTutorial = QStringLiteral("show");
     // "RecentFolders": last folders chosen in the folder pop-ups, newest first.
     QStringList recentFolders;
     // "DriverVersion", "DaemonVersion": versions of the installed integration

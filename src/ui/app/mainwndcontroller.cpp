@@ -24,6 +24,7 @@
 #include "settings/zbsettings.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/localization/zbmenulocalizer.h"
+#include "ui/playback/zblogoview.h"
 #include "ui/playback/zbplaybackcontroller.h"
 #include "ui/playback/zbplaybackdialogs.h"
 #include "ui/playback/zbplayerpanel.h"
@@ -108,6 +109,29 @@ void MainWndController::saveUserDefaults()
     m_settings->saveUserDefaults(*store);
 }
 
+void MainWndController::sendFunctionsToTutorial()
+{
+    ZBLogoView *logo = m_playerPanel->logoView();
+    logo->setPrimaryText(ZBSettings::applicationName());
+    logo->setUpHitnText(ZBLocalizer::localizedStringForKey(QStringLiteral("tutorialTopHint")));
+    logo->setBottomHitnText(ZBLocalizer::localizedStringForKey(QStringLiteral("tutorialBottomHint")));
+    logo->setButtonsText(ZBLocalizer::localizedStringForKey(QStringLiteral("tutorialButtonTextHide")),
+                         ZBLocalizer::localizedStringForKey(QStringLiteral("tutorialButtonTextShow")));
+    logo->setPlayerMode(m_settings->showTutorial);
+    logo->updateView();
+}
+
+void MainWndController::showHideTutorial()
+{
+    // Anything but "hide" counts as shown, as on the start screen itself.
+    m_settings->showTutorial = m_settings->showTutorial == u"hide" ? QStringLiteral("show") : QStringLiteral("hide");
+    // Written now rather than at quit, so that a crash does not bring back a
+    // tutorial the user has dismissed.
+    saveUserDefaults();
+    m_playerPanel->logoView()->setPlayerMode(m_settings->showTutorial);
+    m_playerPanel->logoView()->updateView();
+}
+
 void MainWndController::buildPlayerWindow()
 {
     m_dialogs = std::make_unique<ZBPlaybackDialogs>(m_window.get());
@@ -123,6 +147,8 @@ void MainWndController::buildPlayerWindow()
     m_playerPanel = new ZBPlayerPanel(m_playback.get());
     m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
     m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
+    connect(m_playerPanel->logoView(), &ZBLogoView::tutorialToggled, this, &MainWndController::showHideTutorial);
+    sendFunctionsToTutorial();
 
     m_trackModel = new ZBTrackListModel(this);
     m_trackTable = new QTableView;

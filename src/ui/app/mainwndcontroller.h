@@ -38,6 +38,12 @@ public:
     // first added file plays when autoplay is on.
     void openFiles(const QStringList &paths);
 
+    // Hands the start screen its texts and the remembered tutorial state.
+    void sendFunctionsToTutorial();
+    // Flips the remembered tutorial state between "show" and "hide", keeps it
+    // in the user's store at once and shows it on the start screen.
+    void showHideTutorial();
+
     QMainWindow *window() const { return m_window.get(); }
     ZBLibraryController *library() const { return m_library.get(); }
     ZBSettings *settings() const { return m_settings.get(); }

@@ -8,13 +8,15 @@
 #include <QStyle>
 
 #include "localization/zblocalizer.h"
+#include "settings/zbsettings.h"
+#include "ui/playback/zblogoview.h"
 #include "ui/playback/zbplaybackcontroller.h"
 
 ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     : QWidget(parent)
     , m_controller(controller)
     , m_views(new QStackedLayout)
-    , m_logo(new QLabel)
+    , m_logo(new ZBLogoView)
     , m_previous(new QPushButton)
     , m_play(new QPushButton)
     , m_next(new QPushButton)
@@ -22,15 +24,8 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     , m_time(new QLabel(QStringLiteral("00:00")))
     , m_volume(new QSlider(Qt::Horizontal))
 {
-    m_logo->setAlignment(Qt::AlignCenter);
-    m_logo->setText(QStringLiteral("<div style='color:#dcdcdc'><p style='font-size:28pt; font-weight:600'>Norvik "
-                                   "Player</p><p style='font-size:11pt; color:#9a9a9a'>%1</p></div>")
-                        .arg(ZBLocalizer::localizedStringForKey(QStringLiteral("tutorialTopHint")).toHtmlEscaped()));
-    m_logo->setAutoFillBackground(true);
-    QPalette dark = m_logo->palette();
-    dark.setColor(QPalette::Window, QColor(24, 24, 26));
-    m_logo->setPalette(dark);
-    m_logo->setMinimumSize(320, 200);
+    // Until the window controller sends the tutorial, the name alone shows.
+    m_logo->setPrimaryText(ZBSettings::applicationName());
     m_views->addWidget(m_logo);
 
     m_previous->setIcon(style()->standardIcon(QStyle::SP_MediaSkipBackward));

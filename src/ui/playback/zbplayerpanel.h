@@ -6,6 +6,7 @@ class QLabel;
 class QPushButton;
 class QSlider;
 class QStackedLayout;
+class ZBLogoView;
 class ZBPlaybackController;
 
 // The player area: the engine's picture (or the logo when nothing plays) over
@@ -29,6 +30,7 @@ public:
     QSlider *seekSlider() const { return m_seek; }
     QSlider *volumeSlider() const { return m_volume; }
     QLabel *timeLabel() const { return m_time; }
+    ZBLogoView *logoView() const { return m_logo; }
 
 private:
     void updatePlaying(bool playing);
@@ -36,7 +38,7 @@ private:
 
     ZBPlaybackController *m_controller;
     QStackedLayout *m_views;
-    QLabel *m_logo;
+    ZBLogoView *m_logo;
     QHash<int, QWidget *> m_engineViews;
     QPushButton *m_previous;
     QPushButton *m_play;

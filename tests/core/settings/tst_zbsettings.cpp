@@ -67,6 +67,7 @@ ZBSettings changedSettings()
     s.mustShowFilterHint = false;
     s.onTopMode = 2;
     s.flvBgColor = QStringLiteral("#12ab9f");
+    s.showTutorial = QStringLiteral("hide");
     s.recentFolders = {QStringLiteral("/home/a/Videos"), QStringLiteral("/srv/media, shared"), QStringLiteral("/x")};
     s.setWindowFrame(ZBSettings::mainWindowFrameName(), QByteArray("\x01\xd9\xd0\xcb\x00main", 10));
     s.setWindowFrame(ZBSettings::detachedWindowFrameName(), QByteArray("detached\x00\xff", 10));
@@ -167,6 +168,7 @@ void TestZBSettings::freshUserGetsTheDefaults()
     QCOMPARE(settings.mustShowFilterHint, true);
     QCOMPARE(settings.onTopMode, 1);
     QCOMPARE(settings.flvBgColor, QStringLiteral("#000000"));
+    QCOMPARE(settings.showTutorial, QStringLiteral("show"));
     QVERIFY(settings.recentFolders.isEmpty());
     QCOMPARE(settings.driverVersion, -1.0);
     QCOMPARE(settings.daemonVersion, -1.0);
@@ -272,6 +274,8 @@ void TestZBSettings::storedValuesAreReadFromTheirKeys_data()
     row(
         "FlvBackgroundColor", "#FF8000", [](auto &s) { return s.flvBgColor; }, "#ff8000");
     row(
+        "showTutorial", "hide", [](auto &s) { return s.showTutorial; }, "hide");
+    row(
         "RecentFolders", QStringList({"/a", "/b"}), [](auto &s) { return s.recentFolders; }, QStringList({"/a", "/b"}));
     row(
         "DriverVersion", 1.2, [](auto &s) { return s.driverVersion; }, 1.2);
@@ -364,6 +368,7 @@ void TestZBSettings::saveWritesEveryKey()
                                       "MustShowFilterHint",
                                       "WindowOnTopMode",
                                       "FlvBackgroundColor",
+                                      "showTutorial",
                                       "RecentFolders",
                                       "MainWindowFrame",
                                       "DetachedWindowFrame"};
@@ -391,6 +396,7 @@ void TestZBSettings::roundTripKeepsEveryField()
     QCOMPARE(loaded.programVolume, original.programVolume);
     QCOMPARE(loaded.option_screenShotInterval, original.option_screenShotInterval);
     QCOMPARE(loaded.flvBgColor, original.flvBgColor);
+    QCOMPARE(loaded.showTutorial, original.showTutorial);
     QCOMPARE(loaded.recentFolders, original.recentFolders);
     QCOMPARE(loaded.windowFrame(ZBSettings::mainWindowFrameName()),
              original.windowFrame(ZBSettings::mainWindowFrameName()));
@@ -497,6 +503,8 @@ void TestZBSettings::wrongKindsGiveDefaults_data()
                                            << Reader([](auto &s) { return s.flvBgColor; }) << QVariant("#000000");
     QTest::newRow("colour with bad digits") << "FlvBackgroundColor" << QVariant("#12345g")
                                             << Reader([](auto &s) { return s.flvBgColor; }) << QVariant("#000000");
+    QTest::newRow("list for the tutorial state") << "showTutorial" << QVariant(QStringList{"hide", "show"})
+                                                 << Reader([](auto &s) { return s.showTutorial; }) << QVariant("show");
     QTest::newRow("empty text for a boolean")
         << "DriverOnOff" << QVariant("") << Reader([](auto &s) { return s.option_driverOnOff; }) << QVariant(true);
 }

@@ -1,13 +1,17 @@
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QPushButton>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTableView>
 #include <QTest>
 
 #include "library/zblibrarycontroller.h"
+#include "settings/zbsettings.h"
 #include "support/mediafactory.h"
 #include "ui/app/mainwndcontroller.h"
 #include "ui/library/zbtracklistmodel.h"
+#include "ui/playback/zblogoview.h"
 #include "ui/playback/zbplaybackcontroller.h"
 
 // The window as a user starts it: stores opened, menus built and connected,
@@ -49,6 +53,40 @@ private Q_SLOTS:
             QVERIFY2(enabled.contains(QLatin1String(title)), title);
         // What has no command yet is not offered.
         QVERIFY(!enabled.contains(QStringLiteral("Get Info")));
+    }
+
+    void tutorialButtonFlipsAndKeepsTheSetting()
+    {
+        ZBSettings::openStore()->remove(QStringLiteral("showTutorial"));
+        {
+            MainWndController controller;
+            QVERIFY(controller.start());
+            auto *logo = controller.window()->findChild<ZBLogoView *>();
+            QVERIFY(logo);
+            QCOMPARE(logo->playerMode(), QStringLiteral("show"));
+            QVERIFY(logo->hintsShown());
+
+            // The user's click on the start screen goes through the controller.
+            auto *button = logo->findChild<QPushButton *>(QStringLiteral("tutorialButton"));
+            QVERIFY(button);
+            QTest::mouseClick(button, Qt::LeftButton);
+            QCOMPARE(controller.settings()->showTutorial, QStringLiteral("hide"));
+            QCOMPARE(logo->playerMode(), QStringLiteral("hide"));
+            QVERIFY(!logo->hintsShown());
+            // Stored at once, not only when the program quits.
+            QCOMPARE(ZBSettings::openStore()->value(QStringLiteral("showTutorial")).toString(), QStringLiteral("hide"));
+        }
+        {
+            // The next launch starts with the tutorial hidden, and flips back.
+            MainWndController controller;
+            QVERIFY(controller.start());
+            auto *logo = controller.window()->findChild<ZBLogoView *>();
+            QCOMPARE(logo->playerMode(), QStringLiteral("hide"));
+            controller.showHideTutorial();
+            QCOMPARE(logo->playerMode(), QStringLiteral("show"));
+            QVERIFY(logo->hintsShown());
+            QCOMPARE(ZBSettings::openStore()->value(QStringLiteral("showTutorial")).toString(), QStringLiteral("show"));
+        }
     }
 
     void openedFilesAreAddedAndTheFirstPlays()

@@ -1,0 +1,185 @@
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include "ui/playback/zblogoview.h"
+
+// The start screen as the window controller drives it: texts and the tutorial
+// state pushed in, the user's click reported back.
+class TestZBLogoView : public QObject
+{
+    Q_OBJECT
+
+private:
+    // A view filled the way the controller fills it, at a comfortable size.
+    static void fill(ZBLogoView &view, const QString &mode)
+    {
+        view.resize(640, 360);
+        view.setPrimaryText(QStringLiteral("Norvik Player"));
+        view.setUpHitnText(QStringLiteral("Drop movies here"));
+        view.setBottomHitnText(QStringLiteral("Enter a web address above"));
+        view.setButtonsText(QStringLiteral("Hide Tutorial"), QStringLiteral("Show Tutorial"));
+        view.setPlayerMode(mode);
+        view.updateView();
+        // A hidden widget hears of a resize only when shown.
+        view.show();
+    }
+
+    static QLabel *label(ZBLogoView &view, const char *name) { return view.findChild<QLabel *>(QLatin1String(name)); }
+
+    static QPushButton *button(ZBLogoView &view)
+    {
+        return view.findChild<QPushButton *>(QStringLiteral("tutorialButton"));
+    }
+
+private Q_SLOTS:
+    void textsAppearInTheirLabels()
+    {
+        ZBLogoView view;
+        fill(view, QStringLiteral("show"));
+        QCOMPARE(label(view, "primaryText")->text(), QStringLiteral("Norvik Player"));
+        QCOMPARE(label(view, "upHint")->text(), QStringLiteral("Drop movies here"));
+        QCOMPARE(label(view, "bottomHint")->text(), QStringLiteral("Enter a web address above"));
+
+        // A later text replaces the earlier one.
+        view.setUpHitnText(QStringLiteral("Ziehen Sie Filme hierher"));
+        view.updateView();
+        QCOMPARE(label(view, "upHint")->text(), QStringLiteral("Ziehen Sie Filme hierher"));
+    }
+
+    void modeShowsOrHidesTheHintsAndRetitlesTheButton()
+    {
+        ZBLogoView view;
+        fill(view, QStringLiteral("show"));
+        QCOMPARE(view.playerMode(), QStringLiteral("show"));
+        QVERIFY(view.hintsShown());
+        QVERIFY(!label(view, "upHint")->isHidden());
+        QVERIFY(!label(view, "bottomHint")->isHidden());
+        QCOMPARE(button(view)->text(), QStringLiteral("Hide Tutorial"));
+
+        view.setPlayerMode(QStringLiteral("hide"));
+        view.updateView();
+        QCOMPARE(view.playerMode(), QStringLiteral("hide"));
+        QVERIFY(!view.hintsShown());
+        QVERIFY(label(view, "upHint")->isHidden());
+        QVERIFY(label(view, "bottomHint")->isHidden());
+        QVERIFY(!label(view, "primaryText")->isHidden());
+        QCOMPARE(button(view)->text(), QStringLiteral("Show Tutorial"));
+
+        view.setPlayerMode(QStringLiteral("show"));
+        view.updateView();
+        QVERIFY(view.hintsShown());
+        QCOMPARE(button(view)->text(), QStringLiteral("Hide Tutorial"));
+    }
+
+    void unknownModeKeepsTheTutorialReachable()
+    {
+        ZBLogoView view;
+        fill(view, QStringLiteral("garbled"));
+        QCOMPARE(view.playerMode(), QStringLiteral("show"));
+        QVERIFY(view.hintsShown());
+        QCOMPARE(button(view)->text(), QStringLiteral("Hide Tutorial"));
+    }
+
+    void clickAsksForTheOtherMode()
+    {
+        ZBLogoView view;
+        fill(view, QStringLiteral("show"));
+        QSignalSpy spy(&view, &ZBLogoView::tutorialToggled);
+
+        QTest::mouseClick(button(view), Qt::LeftButton);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0).toString(), QStringLiteral("hide"));
+        // The view waits for the controller's answer rather than flip itself.
+        QCOMPARE(view.playerMode(), QStringLiteral("show"));
+
+        view.setPlayerMode(QStringLiteral("hide"));
+        view.updateView();
+        QTest::mouseClick(button(view), Qt::LeftButton);
+        QCOMPARE(spy.count(), 2);
+        QCOMPARE(spy.at(1).at(0).toString(), QStringLiteral("show"));
+    }
+
+    void smallSizesDropOrElideTheHints()
+    {
+        ZBLogoView view;
+        fill(view, QStringLiteral("show"));
+        const QString longHint = QStringLiteral("Drop movies here or open them from the File menu, or paste an "
+                                                "address of a web page whose videos should be captured");
+        view.setUpHitnText(longHint);
+
+        view.resize(1280, 720);
+        view.updateView();
+        QVERIFY(view.hintsShown());
+
+        view.resize(400, 300);
+        QVERIFY(view.hintsShown());
+        QLabel *up = label(view, "upHint");
+        QVERIFY(up->text() != longHint);
+        QVERIFY(up->text().endsWith(QChar(0x2026)));
+        QCOMPARE(up->toolTip(), longHint);
+        QVERIFY(up->geometry().right() < view.width());
+
+        // The smallest usual size still fits everything without overlap.
+        view.resize(320, 200);
+        QList<QWidget *> parts = {label(view, "upHint"), label(view, "primaryText"), label(view, "bottomHint"),
+                                  button(view)};
+        QVERIFY(view.hintsShown());
+        for (int i = 0; i < parts.size(); ++i)
+        {
+            QVERIFY2(view.rect().contains(parts[i]->geometry()), qPrintable(parts[i]->objectName()));
+            for (int j = i + 1; j < parts.size(); ++j)
+                QVERIFY2(!parts[i]->geometry().intersects(parts[j]->geometry()),
+                         qPrintable(parts[i]->objectName() + QLatin1Char('/') + parts[j]->objectName()));
+        }
+
+        // Too little room: the name and the button stay, the hints go.
+        view.resize(280, 130);
+        QVERIFY(!view.hintsShown());
+        QVERIFY(!label(view, "primaryText")->isHidden());
+        QVERIFY(!button(view)->isHidden());
+        QVERIFY(!label(view, "primaryText")->geometry().intersects(button(view)->geometry()));
+
+        // Growing again brings them back, since the user had not hidden them.
+        view.resize(640, 360);
+        QVERIFY(view.hintsShown());
+    }
+
+    void paintsAPictureAtEverySize_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("small") << QSize(320, 200);
+        QTest::newRow("medium") << QSize(640, 360);
+        QTest::newRow("large") << QSize(1280, 720);
+    }
+
+    void paintsAPictureAtEverySize()
+    {
+        QFETCH(QSize, size);
+        ZBLogoView view;
+        fill(view, QStringLiteral("show"));
+        view.resize(size);
+        const QImage image = view.grab().toImage();
+        QCOMPARE(image.size() / image.devicePixelRatio(), size);
+
+        // The gradient makes the top lighter than the bottom; the name adds
+        // light pixels in the middle.
+        const QColor top = image.pixelColor(2, 2);
+        const QColor bottom = image.pixelColor(2, image.height() - 3);
+        QVERIFY2(top.lightness() > bottom.lightness(),
+                 qPrintable(QStringLiteral("%1 vs %2").arg(top.name(), bottom.name())));
+        QVERIFY2(top.lightness() < 80, "the background is dark");
+        const QRect title = label(view, "primaryText")->geometry();
+        int brightest = 0;
+        for (int y = title.top(); y <= title.bottom(); ++y)
+        {
+            for (int x = title.left(); x <= title.right(); ++x)
+                brightest = std::max(brightest, image.pixelColor(x, y).lightness());
+        }
+        QVERIFY2(brightest > 180, "the name is drawn in a light colour");
+    }
+};
+
+QTEST_MAIN(TestZBLogoView)
+#include "tst_zblogoview.moc"
