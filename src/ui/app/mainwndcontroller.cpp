@@ -2,6 +2,9 @@
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QDir>
 #include <QFileDialog>
 #include <QHeaderView>
@@ -175,6 +178,9 @@ void MainWndController::buildPlayerWindow()
     });
     connect(m_playback.get(), &ZBPlaybackController::trackRemoved, this, [this]() { reloadTrackList(); });
 
+    m_window->setAcceptDrops(true);
+    m_window->installEventFilter(this);
+
     auto *splitter = new QSplitter(Qt::Vertical);
     splitter->addWidget(m_playerPanel);
     splitter->addWidget(m_trackTable);
@@ -183,6 +189,44 @@ void MainWndController::buildPlayerWindow()
     m_window->setCentralWidget(splitter);
     addShortcuts();
     reloadTrackList();
+}
+
+bool MainWndController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_window.get())
+        return QObject::eventFilter(watched, event);
+    const auto localFiles = [](const QMimeData *data) {
+        QStringList paths;
+        if (!data || !data->hasUrls())
+            return paths;
+        for (const QUrl &url : data->urls())
+        {
+            if (url.isLocalFile())
+                paths << url.toLocalFile();
+        }
+        return paths;
+    };
+    if (event->type() == QEvent::DragEnter)
+    {
+        auto *drag = static_cast<QDragEnterEvent *>(event);
+        if (!localFiles(drag->mimeData()).isEmpty())
+        {
+            drag->acceptProposedAction();
+            return true;
+        }
+    }
+    else if (event->type() == QEvent::Drop)
+    {
+        auto *drop = static_cast<QDropEvent *>(event);
+        const QStringList paths = localFiles(drop->mimeData());
+        if (!paths.isEmpty())
+        {
+            drop->acceptProposedAction();
+            openFiles(paths);
+            return true;
+        }
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void MainWndController::addShortcuts()

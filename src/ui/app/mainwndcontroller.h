@@ -51,6 +51,10 @@ public:
     ZBTrackListModel *trackModel() const { return m_trackModel; }
     QTableView *trackTable() const { return m_trackTable; }
 
+protected:
+    // Files and folders dropped anywhere on the window join the library.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     bool openLibrary();
     void buildMainMenu();

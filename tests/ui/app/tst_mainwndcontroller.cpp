@@ -1,4 +1,6 @@
+#include <QDragEnterEvent>
 #include <QMainWindow>
+#include <QMimeData>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QSettings>
@@ -89,6 +91,35 @@ private Q_SLOTS:
         }
     }
 
+    void droppedFilesJoinTheLibrary()
+    {
+        if (!nvktest::MediaFactory::isAvailable())
+            QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
+        const QString clip = nvktest::MediaFactory::clip(QStringLiteral("avi"));
+        QVERIFY(!clip.isEmpty());
+        MainWndController controller;
+        QVERIFY(controller.start());
+        const int before = controller.trackModel()->rowCount();
+
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(clip), QUrl(QStringLiteral("https://example.org/remote.mp4"))});
+        QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(controller.window(), &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(controller.window(), &drop);
+        QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), before + 1, 10000);
+
+        // Nothing local: the drop is not taken.
+        QMimeData remote;
+        remote.setUrls({QUrl(QStringLiteral("https://example.org/remote.mp4"))});
+        QDragEnterEvent refused(QPoint(10, 10), Qt::CopyAction, &remote, Qt::LeftButton, Qt::NoModifier);
+        refused.setAccepted(false);
+        QCoreApplication::sendEvent(controller.window(), &refused);
+        QVERIFY(!refused.isAccepted());
+        controller.playback()->stopPlayback();
+    }
+
     void openedFilesAreAddedAndTheFirstPlays()
     {
         if (!nvktest::MediaFactory::isAvailable())
@@ -99,8 +130,9 @@ private Q_SLOTS:
 
         MainWndController controller;
         QVERIFY(controller.start());
+        const int before = controller.trackModel()->rowCount();
         controller.openFiles({other, clip});
-        QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), 2, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), before + 2, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
         QCOMPARE(controller.playback()->playingItem()->Path(), other);
         QVERIFY(controller.window()->windowTitle().contains(controller.playback()->playingItem()->Name()));
