@@ -137,6 +137,12 @@ SwfWriter &SwfWriter::setBackgroundColor(quint8 red, quint8 green, quint8 blue)
     return *this;
 }
 
+SwfWriter &SwfWriter::setBackgroundColorTag(bool present)
+{
+    m_backgroundTag = present;
+    return *this;
+}
+
 SwfWriter &SwfWriter::setFileAttributes(bool present, bool actionScript3)
 {
     m_fileAttributes = present;
@@ -228,7 +234,8 @@ QByteArray SwfWriter::body() const
         flags[0] = char((m_actionScript3 ? 0x08 : 0) | 0x01);
         out += tag(FileAttributesTag, flags);
     }
-    out += tag(SetBackgroundColorTag, QByteArrayView(reinterpret_cast<const char *>(m_background), 3));
+    if (m_backgroundTag)
+        out += tag(SetBackgroundColorTag, QByteArrayView(reinterpret_cast<const char *>(m_background), 3));
     for (const QByteArray &t : m_tags)
         out += t;
     out += tag(0, {});

@@ -38,6 +38,8 @@ public:
     // Stored as 8.8 fixed point, so 29.97 is written as 29 + 248/256.
     SwfWriter &setFrameRate(double rate);
     SwfWriter &setBackgroundColor(quint8 red, quint8 green, quint8 blue);
+    // Movies may leave the SetBackgroundColor tag out; players then use white.
+    SwfWriter &setBackgroundColorTag(bool present);
     // Version 8 and later movies get a FileAttributes tag unless told not to.
     SwfWriter &setFileAttributes(bool present, bool actionScript3 = false);
     // Any tag, placed in the current frame.
@@ -71,6 +73,7 @@ private:
     int m_rectBits = 0;
     quint16 m_rate = 24 * 256;
     quint8 m_background[3] = {0xff, 0xff, 0xff};
+    bool m_backgroundTag = true;
     std::optional<bool> m_fileAttributes;
     bool m_actionScript3 = false;
     QList<QByteArray> m_tags;
