@@ -106,35 +106,28 @@ QString ZBPredicateParser::describe(const Token &token)
 
 std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parseOr(int depth)
 {
-    std::vector<std::unique_ptr<ZBPredicateNode>> operands;
-    std::unique_ptr<ZBPredicateNode> first = parseAnd(depth);
-    if (!first)
-        return nullptr;
-    while (isWord(peek(), "OR") || isSymbol(peek(), "||"))
-    {
-        advance();
-        std::unique_ptr<ZBPredicateNode> next = parseAnd(depth);
-        if (!next)
-            return nullptr;
-        if (operands.empty())
-            operands.push_back(std::move(first));
-        operands.push_back(std::move(next));
-    }
-    if (operands.empty())
-        return first;
-    return ZBPredicateNode::makeCompound(ZBPredicateNode::Type::Or, std::move(operands));
+    return parseJoined(depth, ZBPredicateNode::Type::Or, "OR", "||", &ZBPredicateParser::parseAnd);
 }
 
 std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parseAnd(int depth)
 {
+    return parseJoined(depth, ZBPredicateNode::Type::And, "AND", "&&", &ZBPredicateParser::parseNot);
+}
+
+// One level of the grammar: operands of the next tighter level joined by one
+// connective, collected into a single n-ary node rather than a deep chain.
+std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parseJoined(int depth, ZBPredicateNode::Type type,
+                                                                const char *word, const char *symbol,
+                                                                std::unique_ptr<ZBPredicateNode> (ZBPredicateParser::*operand)(int))
+{
     std::vector<std::unique_ptr<ZBPredicateNode>> operands;
-    std::unique_ptr<ZBPredicateNode> first = parseNot(depth);
+    std::unique_ptr<ZBPredicateNode> first = (this->*operand)(depth);
     if (!first)
         return nullptr;
-    while (isWord(peek(), "AND") || isSymbol(peek(), "&&"))
+    while (isWord(peek(), word) || isSymbol(peek(), symbol))
     {
         advance();
-        std::unique_ptr<ZBPredicateNode> next = parseNot(depth);
+        std::unique_ptr<ZBPredicateNode> next = (this->*operand)(depth);
         if (!next)
             return nullptr;
         if (operands.empty())
@@ -143,7 +136,7 @@ std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parseAnd(int depth)
     }
     if (operands.empty())
         return first;
-    return ZBPredicateNode::makeCompound(ZBPredicateNode::Type::And, std::move(operands));
+    return ZBPredicateNode::makeCompound(type, std::move(operands));
 }
 
 std::unique_ptr<ZBPredicateNode> ZBPredicateParser::parseNot(int depth)

@@ -40,6 +40,9 @@ private:
 
     std::unique_ptr<ZBPredicateNode> parseOr(int depth);
     std::unique_ptr<ZBPredicateNode> parseAnd(int depth);
+    std::unique_ptr<ZBPredicateNode> parseJoined(int depth, ZBPredicateNode::Type type, const char *word,
+                                                const char *symbol,
+                                                std::unique_ptr<ZBPredicateNode> (ZBPredicateParser::*operand)(int));
     std::unique_ptr<ZBPredicateNode> parseNot(int depth);
     std::unique_ptr<ZBPredicateNode> parsePrimary(int depth);
     std::unique_ptr<ZBPredicateNode> parseComparison();
