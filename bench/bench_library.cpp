@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "library/zblibrarycontroller.h"
+#include "predicate/zbpredicate.h"
 #include "util/zbadditionalmethods.h"
 
 namespace
@@ -154,7 +155,7 @@ int main(int argc, char *argv[])
     const QString fiveRules = QStringLiteral(
         "(Name CONTAINS[CD] 'night') AND (Rating > 2) AND (PlayCount < 40) AND (Added > CAST(%1, 'NSDate')) AND "
         "(Type BEGINSWITH[CD] 'm')")
-                                  .arg(ZBAdditionalMethods::secondsSinceReferenceDate(
+                                  .arg(ZBPredicate::referenceSecondsFromDate(
                                            QDateTime::currentDateTimeUtc().addDays(-60)),
                                        0, 'f', 6);
     const QString smartUUID = library.addSmartListWithName("Five rules", fiveRules, "User", "Name", false, 200);

@@ -273,7 +273,7 @@ int ZBCtlCommands::addTrack(const QStringList &arguments)
     }
 
     const QString path = options.positional().at(1);
-    const QString type = options.value(QStringLiteral("type"), QFileInfo(path).suffix());
+    const QString type = options.value(QStringLiteral("type"), ZBMediaTypes::getFileType(path));
     const QString uuid = m_library.addItemToLibrarybyName(
         options.positional().at(0), path, options.value(QStringLiteral("url"), QStringLiteral("")), type, rating,
         length, playCount, added, lastPlayed, options.value(QStringLiteral("source-page")),

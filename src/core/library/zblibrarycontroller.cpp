@@ -161,8 +161,7 @@ QString ZBLibraryController::initUUIDForStandartSmartListWithName(const QString 
 
 QString ZBLibraryController::downloadFilterRequest(const QDateTime &cutOff)
 {
-    return QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
-                             ZBAdditionalMethods::secondsSinceReferenceDate(cutOff));
+    return QStringLiteral(" (!(URL == '') AND (Added >= %1))").arg(ZBPredicate::dateLiteral(cutOff));
 }
 
 void ZBLibraryController::refreshDownloadSmartList(const QDateTime &now)

@@ -3,7 +3,7 @@
 #include <QLocale>
 
 #include "localization/zblocalizer.h"
-#include "util/zbadditionalmethods.h"
+#include "predicate/zbpredicate.h"
 
 namespace
 {
@@ -22,7 +22,7 @@ QString ZBStringDateAdditions::naturalStringFromDate(const QDateTime &date)
 
 QString ZBStringDateAdditions::naturalStringFromDate(const QDateTime &date, const QDateTime &now)
 {
-    if (!date.isValid() || date == ZBAdditionalMethods::referenceDate())
+    if (!date.isValid() || date == ZBPredicate::referenceDate())
         return QString();
 
     const QLocale locale = ZBLocalizer::locale();

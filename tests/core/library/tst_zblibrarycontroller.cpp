@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include "library/zblibrarycontroller.h"
+#include "predicate/zbpredicate.h"
 #include "support/testsupport.h"
 #include "util/zbadditionalmethods.h"
 
@@ -185,7 +186,7 @@ void TestZBLibraryController::downloadFiltersFollowTheClockAtEachStart()
     ZBPlaylist *today = m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName("Today"));
     QCOMPARE(today->Request(),
              QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
-                               ZBAdditionalMethods::secondsSinceReferenceDate(start) - 86400.0));
+                               ZBPredicate::referenceSecondsFromDate(start) - 86400.0));
     const auto listed = [this](const char *name) {
         QStringList result = names(m_library->getItemsFromPlaylist(
             m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName(QLatin1String(name)))));
