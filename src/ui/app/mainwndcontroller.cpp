@@ -25,6 +25,7 @@
 #include "playback/zbmediatypes.h"
 #include "playback/zbprojector.h"
 #include "settings/zbsettings.h"
+#include "ui/app/zbmainmenubuilder.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/localization/zbmenulocalizer.h"
 #include "ui/playback/zblogoview.h"
@@ -32,41 +33,6 @@
 #include "ui/playback/zbplaybackdialogs.h"
 #include "ui/playback/zbplayerpanel.h"
 
-namespace
-{
-using Commands = QHash<QString, std::function<void()>>;
-
-// Builds the menus from their English definition. An item whose path
-// ("Playback/Repeat/All") has a command is connected; the others stay disabled
-// until the feature behind them exists, rather than pretend to work.
-void addEntries(QMenu *menu, const QList<ZBMenuEntry> &entries, const QString &path, const Commands &commands,
-                QHash<QString, QAction *> &actions)
-{
-    for (const ZBMenuEntry &entry : entries)
-    {
-        if (entry.isSeparator())
-        {
-            menu->addSeparator();
-            continue;
-        }
-        const QString itemPath = path.isEmpty() ? entry.title : path + QLatin1Char('/') + entry.title;
-        if (entry.hasSubmenu())
-        {
-            addEntries(menu->addMenu(entry.title), entry.children, itemPath, commands, actions);
-            continue;
-        }
-        QAction *action = menu->addAction(entry.title);
-        actions.insert(itemPath, action);
-        const auto command = commands.constFind(itemPath);
-        if (command == commands.cend())
-        {
-            action->setEnabled(false);
-            continue;
-        }
-        QObject::connect(action, &QAction::triggered, menu, *command);
-    }
-}
-} // namespace
 
 MainWndController::MainWndController(QObject *parent)
     : QObject(parent)
@@ -304,7 +270,7 @@ void MainWndController::openFiles(const QStringList &paths)
 
 void MainWndController::buildMainMenu()
 {
-    const Commands commands = {
+    const ZBMainMenuBuilder::Commands commands = {
         {QStringLiteral("NorvikPlayer/Quit Norvik Player"), []() { QApplication::quit(); }},
         {QStringLiteral("File/Quit"), []() { QApplication::quit(); }},
         {QStringLiteral("File/Open…"), [this]() { addToLibrary(); }},
@@ -323,13 +289,8 @@ void MainWndController::buildMainMenu()
         {QStringLiteral("Playback/Volume Down"), [this]() { m_playback->volumeDown(); }},
         {QStringLiteral("Playback/Mute"), [this]() { m_playback->mute(); }},
     };
-    QHash<QString, QAction *> actions;
     QMenuBar *bar = m_window->menuBar();
-    for (const ZBMenuEntry &top : ZBMainMenuDefinition::mainMenu())
-    {
-        const QString title = top.title == u"Apple" ? QStringLiteral("NorvikPlayer") : top.title;
-        addEntries(bar->addMenu(top.title), top.children, title, commands, actions);
-    }
+    const QHash<QString, QAction *> actions = ZBMainMenuBuilder::build(bar, ZBMainMenuDefinition::mainMenu(), commands);
 
     const auto shortcut = [&actions](const char *path, const QKeySequence &keys) {
         if (QAction *action = actions.value(QLatin1String(path)))

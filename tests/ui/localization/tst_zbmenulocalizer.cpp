@@ -9,32 +9,10 @@
 #include "localization/zbmainmenudefinition.h"
 #include "localization/zbmenulocalizer.h"
 #include "support/stringtablefixture.h"
+#include "ui/app/zbmainmenubuilder.h"
 
 namespace
 {
-void addEntries(QWidget *menu, const QList<ZBMenuEntry> &entries)
-{
-    for (const ZBMenuEntry &entry : entries)
-    {
-        if (entry.isSeparator())
-        {
-            auto *separator = new QAction(menu);
-            separator->setSeparator(true);
-            menu->addAction(separator);
-        }
-        else if (entry.hasSubmenu())
-        {
-            auto *submenu = new QMenu(entry.title, menu);
-            addEntries(submenu, entry.children);
-            menu->addAction(submenu->menuAction());
-        }
-        else
-        {
-            menu->addAction(new QAction(entry.title, menu));
-        }
-    }
-}
-
 // Every action text of the menu bar, depth first.
 void collectTexts(const QWidget *menu, QStringList &texts)
 {
@@ -90,7 +68,7 @@ void TestZBMenuLocalizer::mainMenuBarInGerman()
 {
     ZBLocalizer::setLanguage(QStringLiteral("German"));
     QMenuBar menuBar;
-    addEntries(&menuBar, ZBMainMenuDefinition::mainMenu());
+    ZBMainMenuBuilder::build(&menuBar, ZBMainMenuDefinition::mainMenu(), {});
     QStringList before;
     collectTexts(&menuBar, before);
 
@@ -119,7 +97,7 @@ void TestZBMenuLocalizer::mainMenuBarInEnglishKeepsItsTitles()
 {
     ZBLocalizer::setLanguage(QStringLiteral("English"));
     QMenuBar menuBar;
-    addEntries(&menuBar, ZBMainMenuDefinition::mainMenu());
+    ZBMainMenuBuilder::build(&menuBar, ZBMainMenuDefinition::mainMenu(), {});
     QStringList before;
     collectTexts(&menuBar, before);
 
