@@ -78,4 +78,7 @@ Q_SIGNALS:
     // Staying at the end, or play() there, does not repeat it; a seek back
     // followed by playing to the end again does.
     void endReached();
+    // A command the loaded content sends to its player (a Flash movie's
+    // fscommand), with its arguments as one string.
+    void fsCommand(const QString &command, const QString &arguments);
 };

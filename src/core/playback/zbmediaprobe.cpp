@@ -211,6 +211,21 @@ QString ZBMediaProbe::formatSummary(const QString &path)
     return container + QStringLiteral(": ") + parts.join(QStringLiteral("; "));
 }
 
+std::optional<ZBMediaProbe::Streams> ZBMediaProbe::streamCodecs(const QString &path)
+{
+    Demuxer demuxer(path);
+    if (!demuxer.isOpen())
+        return std::nullopt;
+    demuxer.findStreamInfo();
+    Streams streams;
+    streams.container = QString::fromUtf8(demuxer.context()->iformat->name);
+    if (const AVStream *video = demuxer.bestStream(AVMEDIA_TYPE_VIDEO))
+        streams.videoCodec = QString::fromUtf8(avcodec_get_name(video->codecpar->codec_id));
+    if (const AVStream *audio = demuxer.bestStream(AVMEDIA_TYPE_AUDIO))
+        streams.audioCodec = QString::fromUtf8(avcodec_get_name(audio->codecpar->codec_id));
+    return streams;
+}
+
 qint32 ZBMediaProbe::getMovieDurationAtPath(const QString &path)
 {
     const QString extension = ZBMediaTypes::pathExtension(path);

@@ -31,6 +31,17 @@ public:
     // file does not open.
     static QString formatSummary(const QString &path);
 
+    // The demuxer and the codecs of the main streams, by FFmpeg's short
+    // names ("flv"; "flv1", "vp6f", "h264"; "mp3", "aac"); a missing stream
+    // gives an empty name. Nothing when the file does not open.
+    struct Streams
+    {
+        QString container;
+        QString videoCodec;
+        QString audioCodec;
+    };
+    static std::optional<Streams> streamCodecs(const QString &path);
+
     // The length a file gets when it enters the library, chosen by its
     // extension as written (case-sensitive): "xap", "rv", "rm", "rmvb" give 0;
     // "swf" gives the movie's frame count; anything else is opened as a movie

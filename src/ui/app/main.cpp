@@ -7,6 +7,7 @@
 #include <csignal>
 #include <unistd.h>
 
+#include "engines/flash/zbflashview.h"
 #include "ui/app/mainwndcontroller.h"
 
 namespace
@@ -40,6 +41,7 @@ void quitOnTerminationSignals(QCoreApplication &app)
 
 int main(int argc, char *argv[])
 {
+    ZBFlashView::prepareApplication();
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
     QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));

@@ -821,6 +821,7 @@ void TestZBFrameControl::wrapperMatchesTheContentStage_data()
     QTest::addColumn<int>("version");
     QTest::addColumn<int>("xMin");
     QTest::addColumn<int>("yMin");
+    QTest::newRow("FWS 4") << Compression::None << 4 << 0 << 0;
     QTest::newRow("FWS 5") << Compression::None << 5 << 0 << 0;
     QTest::newRow("CWS 6, offset stage") << Compression::Zlib << 6 << -200 << 40;
     QTest::newRow("CWS 7") << Compression::Zlib << 7 << 0 << 0;
@@ -954,7 +955,6 @@ void TestZBFrameControl::wrapperRefusals_data()
     const QByteArray url = ContentUrl;
     const QByteArray prefix = Prefix.toByteArray();
     QTest::newRow("version 8") << contentWriter(8).build() << url << prefix;
-    QTest::newRow("version 4") << contentWriter(4).build() << url << prefix;
     QTest::newRow("empty URL") << contentWriter(6).build() << QByteArray() << prefix;
     QTest::newRow("URL with a zero") << contentWriter(6).build() << QByteArray("a\0b", 3) << prefix;
     QTest::newRow("bad prefix") << contentWriter(6).build() << url << QByteArray("x y");

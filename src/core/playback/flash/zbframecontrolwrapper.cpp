@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include "playback/flash/zbframecontrolscript.h"
+#include "playback/flash/zbswfbuilder.h"
 #include "playback/flash/zbswfcompressor.h"
 #include "playback/flash/zbswftagreader.h"
 #include "playback/zbswfheader.h"
@@ -23,56 +24,11 @@ QString tr(const char *text)
     return QCoreApplication::translate("ZBFrameControlWrapper", text);
 }
 
-void appendLE16(QByteArray &out, quint16 value)
-{
-    out.append(char(value & 0xff));
-    out.append(char(value >> 8));
-}
-
-void appendTag(QByteArray &out, int code, QByteArrayView body)
-{
-    if (body.size() < 0x3f)
-    {
-        appendLE16(out, quint16(code << 6 | int(body.size())));
-    }
-    else
-    {
-        appendLE16(out, quint16(code << 6 | 0x3f));
-        const quint32 length = quint32(body.size());
-        for (int shift = 0; shift < 32; shift += 8)
-            out.append(char((length >> shift) & 0xff));
-    }
-    out.append(body.data(), body.size());
-}
-
-// The stage RECT, its fields as wide as the widest value needs.
-QByteArray rect(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax)
-{
-    int nbits = 1;
-    for (const qint64 value : {qint64(xMin), qint64(xMax), qint64(yMin), qint64(yMax)})
-    {
-        while (nbits < 32 && (value < -(qint64(1) << (nbits - 1)) || value >= (qint64(1) << (nbits - 1))))
-            ++nbits;
-    }
-    QByteArray out;
-    int used = 0;
-    const auto write = [&out, &used](quint32 value, int count)
-    {
-        for (int i = count - 1; i >= 0; --i)
-        {
-            if (used == 0)
-                out.append('\0');
-            if ((value >> i) & 1)
-                out.back() = char(quint8(out.back()) | (0x80 >> used));
-            used = (used + 1) % 8;
-        }
-    };
-    write(quint32(nbits), 5);
-    for (const qint32 value : {xMin, xMax, yMin, yMax})
-        write(quint32(value), nbits);
-    return out;
-}
 } // namespace
+
+using ZBSwfBuilder::appendLE16;
+using ZBSwfBuilder::appendTag;
+using ZBSwfBuilder::rect;
 
 std::optional<QByteArray> ZBFrameControlWrapper::wrap(QByteArrayView movie, QByteArrayView contentUrl,
                                                       QByteArrayView prefix, QString *error)
@@ -88,7 +44,7 @@ std::optional<QByteArray> ZBFrameControlWrapper::wrap(QByteArrayView movie, QByt
     if (header->isAS3)
         return fail(error, tr("ActionScript 3 movies cannot be loaded by an ActionScript 2 host."));
     if (header->version < MinimumVersion || header->version > MaximumVersion)
-        return fail(error, tr("Only movies of versions 5 to 7 are wrapped."));
+        return fail(error, tr("Only movies before version 8 are wrapped."));
 
     const QByteArray plain = ZBSwfHeader::uncompressedMovie(movie);
     QString reason;

@@ -6,7 +6,7 @@
 #include <QByteArrayView>
 #include <QString>
 
-// ActionScript 1/2 movies of versions 5 to 7 have no ExternalInterface, and
+// ActionScript 1/2 movies before version 8 have no ExternalInterface, and
 // raising their version would change how they run (case sensitivity, among
 // others). Instead the host plays a one-frame version 8 movie of the same
 // stage size, frame rate and background colour that loads the original,
@@ -14,12 +14,12 @@
 // and carries the callbacks of ZBFrameControlScript aimed at that clip.
 //
 // Refused, with the reason in `error`: anything that is not a readable
-// ActionScript 1/2 movie of version 5 to 7 (ZBFrameControlInjector serves
+// ActionScript 1/2 movie before version 8 (ZBFrameControlInjector serves
 // version 8 and later), a URL with a zero byte, an invalid prefix.
 class ZBFrameControlWrapper
 {
 public:
-    static constexpr int MinimumVersion = 5;
+    static constexpr int MinimumVersion = 1;
     static constexpr int MaximumVersion = 7;
     static constexpr int WrapperVersion = 8;
 
