@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
+#include <string>
 
 namespace nvktest
 {
@@ -49,6 +51,59 @@ private:
     QByteArray m_bytes;
     int m_used = 0;
 };
+
+[[noreturn]] void unwritable(const std::string &what)
+{
+    throw std::invalid_argument("SwfWriter: " + what);
+}
+
+// An edge record's length field is 4 bits and counts from 2, so a delta gets
+// at most 17 bits.
+constexpr qint32 MaxEdgeDelta = (1 << 16) - 1;
+
+void straightEdge(BitWriter &bits, qint32 dx, qint32 dy)
+{
+    const int nbits = std::max(2, SwfWriter::bitsFor(dx, dy, 0, 0));
+    bits.write(1, 1); // an edge
+    bits.write(1, 1); // a straight one
+    bits.write(quint32(nbits - 2), 4);
+    if (dx != 0 && dy != 0)
+    {
+        bits.write(1, 1);
+        bits.write(quint32(dx), nbits);
+        bits.write(quint32(dy), nbits);
+        return;
+    }
+    // Lines along an axis store the one delta that is not zero.
+    bits.write(0, 1);
+    bits.write(dx == 0 ? 1 : 0, 1);
+    bits.write(quint32(dx == 0 ? dy : dx), nbits);
+}
+
+// One side of a rectangle, in as many edges as its length needs.
+void straightSide(BitWriter &bits, qint32 dx, qint32 dy)
+{
+    while (dx != 0 || dy != 0)
+    {
+        const qint32 stepX = std::clamp(dx, -MaxEdgeDelta, MaxEdgeDelta);
+        const qint32 stepY = std::clamp(dy, -MaxEdgeDelta, MaxEdgeDelta);
+        straightEdge(bits, stepX, stepY);
+        dx -= stepX;
+        dy -= stepY;
+    }
+}
+
+QByteArray placeObject(quint16 depth, std::optional<quint16> characterId, std::optional<QPoint> translate, bool move)
+{
+    QByteArray out;
+    out.append(char((move ? 0x01 : 0) | (characterId ? 0x02 : 0) | (translate ? 0x04 : 0)));
+    appendLE16(out, depth);
+    if (characterId)
+        appendLE16(out, *characterId);
+    if (translate)
+        out += SwfWriter::translateMatrix(translate->x(), translate->y());
+    return out;
+}
 
 QByteArray deflateBody(const QByteArray &body)
 {
@@ -266,6 +321,133 @@ QByteArray SwfWriter::build(Compression compression) const
             break;
         }
     }
+    return out;
+}
+
+QByteArray SwfWriter::rectangleShape(quint16 id, qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax, quint8 red,
+                                     quint8 green, quint8 blue)
+{
+    if (xMax <= xMin || yMax <= yMin)
+        unwritable("a rectangle shape needs a width and a height");
+    const qint64 width = qint64(xMax) - xMin;
+    const qint64 height = qint64(yMax) - yMin;
+    const int moveBits = bitsFor(xMin, yMin, 0, 0);
+    const int boundsBits = bitsFor(xMin, xMax, yMin, yMax);
+    // Both length fields are 5 bits wide.
+    if (moveBits > 31 || boundsBits > 31 || width > std::numeric_limits<qint32>::max() ||
+        height > std::numeric_limits<qint32>::max())
+        unwritable("rectangle out of range");
+
+    QByteArray out;
+    appendLE16(out, id);
+    out += rect(xMin, xMax, yMin, yMax, boundsBits);
+    out.append(char(1));    // fill styles
+    out.append(char(0x00)); // solid
+    out.append(char(red));
+    out.append(char(green));
+    out.append(char(blue));
+    out.append(char(0)); // line styles
+
+    BitWriter bits;
+    bits.write(1, 4); // fill style indices need one bit: 0 (none) or 1
+    bits.write(0, 4); // no line style to index
+    // Style change: move to the corner and pick fill style 1, which fills to
+    // the right of the edges; going clockwise on screen that is the inside.
+    bits.write(0, 1);
+    bits.write(0b00101, 5); // new styles, line style, fill 1, fill 0, move to
+    bits.write(quint32(moveBits), 5);
+    bits.write(quint32(xMin), moveBits);
+    bits.write(quint32(yMin), moveBits);
+    bits.write(1, 1);
+    straightSide(bits, qint32(width), 0);
+    straightSide(bits, 0, qint32(height));
+    straightSide(bits, qint32(-width), 0);
+    straightSide(bits, 0, qint32(-height));
+    bits.write(0, 6); // end of shape
+    out += bits.bytes();
+    return out;
+}
+
+QByteArray SwfWriter::placeObject2(quint16 depth, quint16 characterId, qint32 translateX, qint32 translateY)
+{
+    return placeObject(depth, characterId, QPoint(translateX, translateY), false);
+}
+
+QByteArray SwfWriter::moveObject2(quint16 depth, qint32 translateX, qint32 translateY)
+{
+    return placeObject(depth, std::nullopt, QPoint(translateX, translateY), true);
+}
+
+QByteArray SwfWriter::replaceObject2(quint16 depth, quint16 characterId, std::optional<QPoint> translate)
+{
+    return placeObject(depth, characterId, translate, true);
+}
+
+QByteArray SwfWriter::removeObject2(quint16 depth)
+{
+    QByteArray out;
+    appendLE16(out, depth);
+    return out;
+}
+
+QByteArray SwfWriter::translateMatrix(qint32 translateX, qint32 translateY)
+{
+    const int nbits = bitsFor(translateX, translateY, 0, 0);
+    if (nbits > 31)
+        unwritable("translation out of range");
+    BitWriter bits;
+    bits.write(0, 1); // no scale
+    bits.write(0, 1); // no rotation
+    bits.write(quint32(nbits), 5);
+    bits.write(quint32(translateX), nbits);
+    bits.write(quint32(translateY), nbits);
+    return bits.bytes();
+}
+
+QByteArray SwfWriter::actionStop()
+{
+    return QByteArray(1, char(0x07));
+}
+
+QByteArray SwfWriter::actionPlay()
+{
+    return QByteArray(1, char(0x06));
+}
+
+QByteArray SwfWriter::actionGotoFrame(quint16 frame)
+{
+    QByteArray out(1, char(0x81));
+    appendLE16(out, 2);
+    appendLE16(out, frame);
+    return out;
+}
+
+QByteArray SwfWriter::actionGetUrl(QByteArrayView url, QByteArrayView target)
+{
+    if (url.contains('\0') || target.contains('\0'))
+        unwritable("a zero byte would end the string early");
+    const qsizetype length = url.size() + 1 + target.size() + 1;
+    if (length > 0xffff)
+        unwritable("GetURL strings too long");
+    QByteArray out(1, char(0x83));
+    appendLE16(out, quint16(length));
+    out.append(url.data(), url.size());
+    out.append('\0');
+    out.append(target.data(), target.size());
+    out.append('\0');
+    return out;
+}
+
+QByteArray SwfWriter::actionFsCommand(QByteArrayView command, QByteArrayView arguments)
+{
+    const QByteArray url = "FSCommand:" + command.toByteArray();
+    return actionGetUrl(url, arguments);
+}
+
+QByteArray SwfWriter::doAction(const QByteArray &actions)
+{
+    QByteArray out = actions;
+    out.append('\0');
     return out;
 }
 

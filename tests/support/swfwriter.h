@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
+#include <QPoint>
 
 #include <optional>
 
@@ -23,8 +24,11 @@ public:
     };
 
     static constexpr int ShowFrameTag = 1;
+    static constexpr int DefineShapeTag = 2;
     static constexpr int SetBackgroundColorTag = 9;
     static constexpr int DoActionTag = 12;
+    static constexpr int PlaceObject2Tag = 26;
+    static constexpr int RemoveObject2Tag = 28;
     static constexpr int FileAttributesTag = 69;
 
     SwfWriter();
@@ -61,6 +65,40 @@ public:
     static QByteArray rect(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax, int nbits);
     // The fewest bits that hold every value as a signed field.
     static int bitsFor(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax);
+
+    // Tag bodies for addTag(). Coordinates are in twips. A value the format
+    // cannot hold throws std::invalid_argument rather than write a movie that
+    // means something else.
+
+    // DefineShape: character `id`, a rectangle filled with one solid colour and
+    // no outline. Sides longer than one edge record can span are split.
+    static QByteArray rectangleShape(quint16 id, qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax, quint8 red,
+                                     quint8 green, quint8 blue);
+    // PlaceObject2 of a character at an empty depth, shifted by the translation.
+    static QByteArray placeObject2(quint16 depth, quint16 characterId, qint32 translateX = 0, qint32 translateY = 0);
+    // PlaceObject2 that moves the object already at `depth`; it keeps its
+    // character.
+    static QByteArray moveObject2(quint16 depth, qint32 translateX, qint32 translateY);
+    // PlaceObject2 that shows another character in place of the one at `depth`,
+    // keeping the old position unless a translation is given.
+    static QByteArray replaceObject2(quint16 depth, quint16 characterId, std::optional<QPoint> translate = {});
+    static QByteArray removeObject2(quint16 depth);
+    // A MATRIX with a translation only.
+    static QByteArray translateMatrix(qint32 translateX, qint32 translateY);
+
+    // ActionScript 1/2 actions, to be joined and closed by doAction(). The
+    // strings must not hold a zero byte, which would end them early.
+    static QByteArray actionStop();
+    static QByteArray actionPlay();
+    // Frames count from 0 here (gotoAndStop(1) is frame 0); a player stops at
+    // the frame unless an actionPlay() follows.
+    static QByteArray actionGotoFrame(quint16 frame);
+    static QByteArray actionGetUrl(QByteArrayView url, QByteArrayView target);
+    // How authoring tools compile fscommand(command, arguments): a GetURL of
+    // "FSCommand:<command>" whose target carries the arguments.
+    static QByteArray actionFsCommand(QByteArrayView command, QByteArrayView arguments = {});
+    // A DoAction body: the actions and the End action that closes them.
+    static QByteArray doAction(const QByteArray &actions);
 
 private:
     QByteArray body() const;
