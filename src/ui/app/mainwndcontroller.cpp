@@ -16,6 +16,8 @@
 #include <QSplitter>
 #include <QTableView>
 
+#include "engines/flash/zbflashengine.h"
+#include "engines/flash/zbflashview.h"
 #include "engines/mpv/zbmpvengine.h"
 #include "engines/unsupported/zbunsupportedengine.h"
 #include "library/zblibrarycontroller.h"
@@ -68,6 +70,9 @@ bool MainWndController::start()
         m_window->restoreGeometry(frame);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWndController::saveUserDefaults);
     m_window->show();
+    // The Flash engine compiles in the background once the window is up, so
+    // neither start-up nor the first movie waits for it.
+    QTimer::singleShot(300, m_flashView, &ZBFlashView::warmUp);
     return true;
 }
 
@@ -112,8 +117,16 @@ void MainWndController::buildPlayerWindow()
     m_silverlightEngine = std::make_unique<ZBUnsupportedEngine>(
         ZBPlaybackEngine::Silverlight, ZBLocalizer::localizedStringForKey(QStringLiteral("silverlightUnsupported")));
     m_playback->setEngine(ZBPlaybackEngine::Silverlight, m_silverlightEngine.get());
+    m_flashView = new ZBFlashView;
+    m_flashView->setFlashBackgroundColor(Qt::black);
+    m_flashEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashMovie, m_flashView);
+    m_flvEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashVideo, m_flashView);
+    m_playback->setEngine(ZBPlaybackEngine::FlashMovie, m_flashEngine.get());
+    m_playback->setEngine(ZBPlaybackEngine::FlashVideo, m_flvEngine.get());
 
     m_playerPanel = new ZBPlayerPanel(m_playback.get());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashMovie, m_flashView);
+    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashVideo, m_flashView);
     m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
     m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
     connect(m_playerPanel->logoView(), &ZBLogoView::tutorialToggled, this, &MainWndController::showHideTutorial);

@@ -9,6 +9,8 @@ class QMenuBar;
 class QTableView;
 class ZBLibraryController;
 class ZBLibraryImporter;
+class ZBFlashEngine;
+class ZBFlashView;
 class ZBMpvEngine;
 class ZBPlaybackController;
 class ZBPlaybackDialogs;
@@ -73,6 +75,10 @@ private:
     std::unique_ptr<ZBMpvEngine> m_videoEngine;
     std::unique_ptr<ZBMpvEngine> m_realEngine;
     std::unique_ptr<ZBUnsupportedEngine> m_silverlightEngine;
+    // Both Flash roles share one view, which the player panel owns.
+    ZBFlashView *m_flashView = nullptr;
+    std::unique_ptr<ZBFlashEngine> m_flashEngine;
+    std::unique_ptr<ZBFlashEngine> m_flvEngine;
     std::unique_ptr<ZBPlaybackController> m_playback;
     std::unique_ptr<ZBLibraryImporter> m_importer;
     ZBPlayerPanel *m_playerPanel = nullptr;

@@ -1,11 +1,14 @@
 #include "ui/playback/zbplaybackcontroller.h"
 
+#include <QColor>
 #include <QDateTime>
 #include <QFileInfo>
 #include <QLoggingCategory>
 
 #include <cmath>
 
+#include "engines/flash/zbflashengine.h"
+#include "engines/flash/zbflashview.h"
 #include "engines/unsupported/zbunsupportedengine.h"
 #include "engines/zbplaybackengine.h"
 #include "library/zblibrarycontroller.h"
@@ -63,6 +66,10 @@ void ZBPlaybackController::setEngine(int code, ZBPlaybackEngine *engine)
         if (engine == currentEngine())
             engineLoadFailed(reason);
     });
+    connect(engine, &ZBPlaybackEngine::fsCommand, this, [this, engine](const QString &command, const QString &args) {
+        if (engine == currentEngine())
+            flashView_invokeFSCommand(command, args);
+    });
     connect(engine, &ZBPlaybackEngine::endReached, this, [this, engine]() {
         if (engine == currentEngine())
             m_engineReachedEnd = true;
@@ -96,9 +103,14 @@ int ZBPlaybackController::engineCodeForItem(const ZBItem *item) const
 {
     const QString type = item->Type().toLower();
     if (type == u"flv" || type == u"f4v")
-        return m_settings->option_playFLVwithMPK && m_engines.value(ZBPlaybackEngine::FlashVideo)
+    {
+        // The Flash engine's FLV player decodes only the older Flash codecs;
+        // H.264, AAC and F4V go to the video engine rather than being refused.
+        ZBPlaybackEngine *flash = m_engines.value(ZBPlaybackEngine::FlashVideo);
+        return m_settings->option_playFLVwithMPK && flash && flash->canInitWithFile(item->Path())
                    ? ZBPlaybackEngine::FlashVideo
                    : ZBPlaybackEngine::VideoMovie;
+    }
     if (type == u"swf" || type == u"exe" || type == u"'appl'")
         return ZBPlaybackEngine::FlashMovie;
     if (type == u"xap")
@@ -110,8 +122,85 @@ int ZBPlaybackController::engineCodeForItem(const ZBItem *item) const
 
 bool ZBPlaybackController::canInitWithFile(const ZBItem *item) const
 {
-    ZBPlaybackEngine *engine = m_engines.value(engineCodeForItem(item));
-    return engine && engine->canInitWithFile(item->Path());
+    const int code = engineCodeForItem(item);
+    ZBPlaybackEngine *engine = m_engines.value(code);
+    return engine && engine->canInitWithFile(code == ZBPlaybackEngine::FlashMovie ? flashMoviePath(item) : item->Path());
+}
+
+QString ZBPlaybackController::flashMoviePath(const ZBItem *item) const
+{
+    // A page captured with its Flash movie keeps the movie among its
+    // resources; the one marked as the base is what plays.
+    for (const QVariantMap &resource : m_library->getResourcesFromBundle(item))
+    {
+        if (resource.value(QStringLiteral("Base")).toBool())
+            return resource.value(QStringLiteral("Path")).toString();
+    }
+    return item->Path();
+}
+
+ZBFlashView *ZBPlaybackController::flashView() const
+{
+    for (const int code : {int(ZBPlaybackEngine::FlashMovie), int(ZBPlaybackEngine::FlashVideo)})
+    {
+        if (auto *flash = qobject_cast<ZBFlashEngine *>(m_engines.value(code)))
+            return flash->flashView();
+    }
+    return nullptr;
+}
+
+void ZBPlaybackController::prepareFlashView(int code)
+{
+    ZBFlashView *view = flashView();
+    if (!view || (code != ZBPlaybackEngine::FlashMovie && code != ZBPlaybackEngine::FlashVideo))
+        return;
+    view->setFlashQuality(m_settings->option_flashDefaultQuality);
+    view->setEnabledSecurity(m_settings->option_enableFlashLocalSecurity);
+    view->setCanDrag(false);
+    if (code == ZBPlaybackEngine::FlashVideo)
+    {
+        view->setFlashBackgroundColor(QColor(m_settings->flvBgColor));
+        // The play list repeats a track itself, on the stream's completePlay.
+        view->setRepeatStyle(false);
+    }
+}
+
+void ZBPlaybackController::flashView_invokeFSCommand(const QString &command, const QString &arguments)
+{
+    if (command == u"completePlay")
+    {
+        if (!m_isPlaying || !m_playingItem)
+            return;
+        // Later, not inside the engine's own report: the step replaces the
+        // movie that is talking to us.
+        ZBItem *item = m_playingItem;
+        QTimer::singleShot(0, this, [this, item]() {
+            if (m_playingItem != item || !m_isPlaying)
+                return;
+            if (m_sequencer.repeat() == ZBPlaySequencer::RepeatOne)
+                replay_this_track();
+            else
+                step_to_next_track();
+        });
+    }
+    else if (command == u"setTotalTime")
+    {
+        if (!m_playingItem)
+            return;
+        bool ok = false;
+        const double total = arguments.section(u',', 0, 0).trimmed().toDouble(&ok);
+        if (!ok)
+            return;
+        m_playingItem->setLengthValue(qint32(total));
+        m_library->save();
+        Q_EMIT trackChanged(m_playingItem);
+    }
+}
+
+void ZBPlaybackController::flashView_callFunction(const QString &function, const QStringList &arguments)
+{
+    if (function == u"onChangePlayerMode" && !arguments.isEmpty())
+        m_settings->showTutorial = arguments.first();
 }
 
 bool ZBPlaybackController::isUsable(ZBItem *item) const
@@ -188,7 +277,25 @@ void ZBPlaybackController::play_video(Sender sender)
     m_loadSender = sender;
     Q_EMIT playingItemChanged(item);
 
-    if (!engine || !engine->canInitWithFile(item->Path()))
+    QString loadPath = item->Path();
+    if (m_currentUsedView == ZBPlaybackEngine::FlashMovie)
+    {
+        loadPath = flashMoviePath(item);
+        if (!QFileInfo::exists(loadPath))
+        {
+            if (m_stopped || sender == Sender::TrackTable)
+            {
+                stopPlaying();
+                showLogo();
+            }
+            cannotFindTrack(sender, item, true);
+            m_inProgress = false;
+            return;
+        }
+    }
+    prepareFlashView(m_currentUsedView);
+
+    if (!engine || !engine->canInitWithFile(loadPath))
     {
         QString reason = engine ? QString() : QStringLiteral("no engine plays \"%1\" files").arg(item->Type());
         if (auto *unsupported = qobject_cast<ZBUnsupportedEngine *>(engine))
@@ -200,7 +307,7 @@ void ZBPlaybackController::play_video(Sender sender)
         return;
     }
     m_loading = true;
-    engine->load(item->Path());
+    engine->load(loadPath);
 }
 
 void ZBPlaybackController::engineLoaded()
@@ -219,6 +326,15 @@ void ZBPlaybackController::engineLoaded()
     item->setLastPlayed(QDateTime::currentDateTimeUtc());
     m_library->save();
     Q_EMIT trackChanged(item);
+    if (m_currentUsedView == ZBPlaybackEngine::FlashMovie || m_currentUsedView == ZBPlaybackEngine::FlashVideo)
+    {
+        if (ZBFlashView *view = flashView())
+        {
+            view->setFitSize();
+            if (m_flashViewMustKeepZoom)
+                view->setZoomPercent(m_currentZoomValue);
+        }
+    }
     startEngine();
 }
 

@@ -9,6 +9,7 @@
 #include "playback/zbplaysequencer.h"
 #include "playback/zbtrackenddetector.h"
 
+class ZBFlashView;
 class ZBLibraryController;
 class ZBPlaybackEngine;
 class ZBPlaybackUi;
@@ -100,6 +101,24 @@ public:
 
     void timercallback();
 
+    // What a Flash movie sends: "completePlay" moves the play list on (or
+    // replays the track when repeating one), "setTotalTime" stores the
+    // track's length; other commands are ignored.
+    void flashView_invokeFSCommand(const QString &command, const QString &arguments);
+    // "onChangePlayerMode" from the start screen stores the tutorial state.
+    void flashView_callFunction(const QString &function, const QStringList &arguments);
+    // The Flash view the Flash engines share, when there is one.
+    ZBFlashView *flashView() const;
+    // The movie file a Flash track plays: its captured base resource, or its
+    // own file.
+    QString flashMoviePath(const ZBItem *item) const;
+    // The zoom the user chose and whether it must survive the next movie.
+    void setFlashZoom(int percent, bool keep)
+    {
+        m_currentZoomValue = percent;
+        m_flashViewMustKeepZoom = keep;
+    }
+
 Q_SIGNALS:
     void playingStateChanged(bool playing);
     void playingItemChanged(ZBItem *item);
@@ -112,6 +131,7 @@ Q_SIGNALS:
 
 private:
     void initPlayback();
+    void prepareFlashView(int code);
     void startEngine();
     void engineLoaded();
     void engineLoadFailed(const QString &reason);
@@ -159,6 +179,9 @@ private:
     QTimer m_sliderEndTimer;
     int m_holdDirection = 0;
     QElapsedTimer m_holdStarted;
+
+    int m_currentZoomValue = 100;
+    bool m_flashViewMustKeepZoom = false;
 
     int m_volume = 100;
     bool m_muted = false;

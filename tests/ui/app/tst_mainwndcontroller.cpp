@@ -11,6 +11,7 @@
 #include "library/zblibrarycontroller.h"
 #include "settings/zbsettings.h"
 #include "support/mediafactory.h"
+#include "support/flashtestmain.h"
 #include "ui/app/mainwndcontroller.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/playback/zblogoview.h"
@@ -139,5 +140,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestMainWndController)
+NVK_FLASH_TEST_MAIN(TestMainWndController)
 #include "tst_mainwndcontroller.moc"
