@@ -115,6 +115,17 @@
         send("zoomChanged", view.zoom);
     }
 
+    // The engine covers a paused movie with a big play button; our own
+    // buttons play and pause, and a paused movie must show its frame as it is
+    // (screenshots, frame-by-frame stepping).
+    function hideEngineOverlays(element) {
+        if (!element.shadowRoot)
+            return;
+        const style = document.createElement("style");
+        style.textContent = "#play-button, #unmute-overlay { display: none !important; }";
+        element.shadowRoot.appendChild(style);
+    }
+
     function clearMovie() {
         clearTimeout(loadTimer);
         if (movie && movie.prefix) {
@@ -165,7 +176,7 @@
             if (movie.mode === "frames") {
                 const frame = Number(player[p + "currentFrame"]());
                 const total = Number(player[p + "totalFrames"]());
-                const playing = !!player.isPlaying;
+                const playing = !movie.paused;
                 if (frame !== movie.frame || total !== movie.total || playing !== movie.playing) {
                     movie.frame = frame;
                     movie.total = total;
@@ -177,7 +188,7 @@
                 const duration = Number(player[p + "totalTime"]()) || 0;
                 const w = Number(player[p + "videoWidth"]()) || 0;
                 const h = Number(player[p + "videoHeight"]()) || 0;
-                const playing = !!player.isPlaying;
+                const playing = !movie.paused;
                 if (w > 0 && h > 0 && (w !== movie.width || h !== movie.height)) {
                     movie.width = w;
                     movie.height = h;
@@ -224,6 +235,8 @@
                 time: -1,
                 duration: 0,
                 playing: false,
+                paused: false,
+                heldByGoto: false,
                 ready: false,
                 metadata: false,
                 loaded: false,
@@ -234,6 +247,7 @@
             document.body.style.background = o.background;
 
             player = window.RufflePlayer.newest().createPlayer();
+            hideEngineOverlays(player);
             if (movie.prefix) {
                 window[movie.prefix + "ready"] = function (total) {
                     if (gen !== generation || !movie)
@@ -288,17 +302,55 @@
             clearMovie();
         },
         play: function () {
-            if (player)
+            if (!player || !movie)
+                return;
+            movie.paused = false;
+            if (movie.mode === "video") {
+                // The FLV player opens its stream on the first play.
+                call("play");
                 player.play();
+                return;
+            }
+            // A goto made while paused stopped the timeline; playing on means
+            // the timeline too.
+            if (movie.heldByGoto) {
+                movie.heldByGoto = false;
+                call("play");
+            }
+            player.play();
         },
         pause: function () {
-            if (player)
-                player.pause();
+            if (!player || !movie)
+                return;
+            movie.paused = true;
+            if (movie.mode === "video") {
+                // The stream pauses; the engine keeps drawing its frame.
+                call("pause");
+                return;
+            }
+            player.pause();
         },
         gotoFrame: function (frame, play) {
+            if (!player || !movie)
+                return;
             call("gotoFrame", frame, !!play);
-            if (play && player)
+            if (play) {
+                movie.heldByGoto = false;
+                movie.paused = false;
                 player.play();
+                return;
+            }
+            movie.heldByGoto = true;
+            if (!movie.paused)
+                return;
+            // A paused engine draws nothing: let it run just long enough to
+            // show the frame the timeline now stands on.
+            const gen = movie.gen;
+            player.play();
+            afterFrames(3, function () {
+                if (player && movie && movie.gen === gen && movie.paused)
+                    player.pause();
+            });
         },
         seek: function (time) {
             call("seek", time);

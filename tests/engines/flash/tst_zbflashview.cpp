@@ -1,0 +1,384 @@
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "engines/flash/zbflashengine.h"
+#include "engines/flash/zbflashview.h"
+#include "support/flashmovies.h"
+#include "support/flashtestmain.h"
+#include "support/mediafactory.h"
+#include "support/swfwriter.h"
+
+using nvktest::CounterMovieOptions;
+using nvktest::SwfWriter;
+using Compression = nvktest::SwfWriter::Compression;
+
+Q_DECLARE_METATYPE(CounterMovieOptions)
+
+namespace
+{
+CounterMovieOptions movie(int version, Compression compression = Compression::None, bool as3 = false)
+{
+    CounterMovieOptions options;
+    options.version = version;
+    options.compression = compression;
+    options.actionScript3 = as3;
+    return options;
+}
+
+// Every way a movie can reach the engine: in place with our code injected
+// (version 8 and later), through the wrapper (earlier versions), through the
+// ActionScript 3 host.
+void addMovieKinds()
+{
+    QTest::addColumn<CounterMovieOptions>("options");
+    QTest::newRow("AVM1 v10, injected") << movie(10);
+    QTest::newRow("AVM1 v8, deflated, injected") << movie(8, Compression::Zlib);
+    QTest::newRow("AVM1 v10, LZMA, injected") << movie(10, Compression::Lzma);
+    QTest::newRow("AVM1 v6, wrapped") << movie(6);
+    QTest::newRow("AVM1 v7, deflated, wrapped") << movie(7, Compression::Zlib);
+    QTest::newRow("AVM1 v4, wrapped") << movie(4);
+    QTest::newRow("AS3, hosted") << movie(10, Compression::None, true);
+}
+} // namespace
+
+class TestZBFlashView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void cleanup();
+
+    void framesAdvanceAtTheMovieRate_data() { addMovieKinds(); }
+    void framesAdvanceAtTheMovieRate();
+    void gotoShowsTheFrame_data() { addMovieKinds(); }
+    void gotoShowsTheFrame();
+    void pauseHoldsTheFrame();
+    void fsCommandsReachTheProgram_data();
+    void fsCommandsReachTheProgram();
+    void damagedMoviesAreRefused_data();
+    void damagedMoviesAreRefused();
+    void projectorsPlayTheirMovie();
+    void zoomFitAndOriginalSize();
+    void flvStreamsPlayByTime();
+    void aLaterLoadSilencesTheEarlierMovie();
+
+private:
+    QString writeMovie(const QString &name, const QByteArray &bytes);
+    bool loadAndWait(const QByteArray &bytes, const QString &name = QStringLiteral("movie.swf"));
+    // The frame whose colour shows at the centre of the stage.
+    int frameOnScreen();
+
+    QTemporaryDir m_dir;
+    ZBFlashView *m_view = nullptr;
+};
+
+void TestZBFlashView::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_view = new ZBFlashView;
+    // Twice the stage of the test movies: fitted, they show at 200 %.
+    m_view->resize(400, 300);
+    m_view->show();
+    QSignalSpy warmed(m_view, &ZBFlashView::warmed);
+    m_view->warmUp();
+    QVERIFY2(warmed.wait(30000), "the Flash engine did not start");
+    QVERIFY(m_view->isWarm());
+}
+
+void TestZBFlashView::cleanupTestCase()
+{
+    delete m_view;
+}
+
+void TestZBFlashView::cleanup()
+{
+    m_view->unloadMovie();
+    m_view->setFitSize();
+}
+
+QString TestZBFlashView::writeMovie(const QString &name, const QByteArray &bytes)
+{
+    const QString path = m_dir.filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        return QString();
+    return path;
+}
+
+bool TestZBFlashView::loadAndWait(const QByteArray &bytes, const QString &name)
+{
+    const QString path = writeMovie(name, bytes);
+    QSignalSpy loaded(m_view, &ZBFlashView::movieLoaded);
+    QSignalSpy failed(m_view, &ZBFlashView::movieLoadFailed);
+    QString error;
+    if (!m_view->loadMovie(bytes, QUrl::fromLocalFile(path), QUrl::fromLocalFile(path), &error))
+    {
+        qWarning() << "refused:" << error;
+        return false;
+    }
+    QElapsedTimer clock;
+    clock.start();
+    while (loaded.isEmpty() && failed.isEmpty() && clock.elapsed() < 20000)
+        QTest::qWait(10);
+    if (!failed.isEmpty())
+        qWarning() << "failed:" << failed.first().first().toString();
+    return !loaded.isEmpty();
+}
+
+int TestZBFlashView::frameOnScreen()
+{
+    const QImage image = m_view->snapshot();
+    if (image.isNull())
+        return -2;
+    return nvktest::counterMovieFrameForColour(image.pixelColor(image.width() / 2, image.height() / 2));
+}
+
+void TestZBFlashView::framesAdvanceAtTheMovieRate()
+{
+    QFETCH(CounterMovieOptions, options);
+    options.frameCount = 600;
+    options.frameRate = 24;
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(options)));
+    QCOMPARE(m_view->totalFrames(), 600);
+    QCOMPARE(m_view->movieSize(), QSize(options.width, options.height));
+    QCOMPARE(qRound(m_view->frameRate()), 24);
+
+    QTRY_VERIFY_WITH_TIMEOUT(m_view->currentFrame() >= 2, 5000);
+    const int first = m_view->currentFrame();
+    QElapsedTimer clock;
+    clock.start();
+    QTest::qWait(1500);
+    const int last = m_view->currentFrame();
+    const double rate = (last - first) * 1000.0 / clock.elapsed();
+    // A frame or two either way at the ends of the interval, no more.
+    QVERIFY2(rate > 20 && rate < 28, qPrintable(QStringLiteral("measured %1 frames/s").arg(rate)));
+    QVERIFY(m_view->isPlaying());
+}
+
+void TestZBFlashView::gotoShowsTheFrame()
+{
+    QFETCH(CounterMovieOptions, options);
+    options.frameCount = 120;
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(options)));
+    m_view->stop();
+    for (const int target : {37, 5, 119, 0})
+    {
+        m_view->gotoFrame(target);
+        QTRY_COMPARE_WITH_TIMEOUT(m_view->currentFrame(), target, 3000);
+        QTRY_COMPARE_WITH_TIMEOUT(frameOnScreen(), target, 3000);
+    }
+    // Paused, a goto stays where it landed.
+    QTest::qWait(300);
+    QCOMPARE(m_view->currentFrame(), 0);
+    QCOMPARE(frameOnScreen(), 0);
+}
+
+void TestZBFlashView::pauseHoldsTheFrame()
+{
+    CounterMovieOptions options;
+    options.frameCount = 240;
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(options)));
+    QTRY_VERIFY_WITH_TIMEOUT(m_view->currentFrame() >= 3, 5000);
+    m_view->stop();
+    QTest::qWait(200);
+    const int held = m_view->currentFrame();
+    QTest::qWait(500);
+    QCOMPARE(m_view->currentFrame(), held);
+    QVERIFY(!m_view->isPlaying());
+    m_view->play();
+    QTRY_VERIFY_WITH_TIMEOUT(m_view->currentFrame() > held + 3, 3000);
+    QVERIFY(m_view->isPlaying());
+}
+
+void TestZBFlashView::fsCommandsReachTheProgram_data()
+{
+    QTest::addColumn<int>("version");
+    QTest::newRow("injected") << 9;
+    QTest::newRow("wrapped") << 6;
+}
+
+void TestZBFlashView::fsCommandsReachTheProgram()
+{
+    QFETCH(int, version);
+    CounterMovieOptions options;
+    options.version = version;
+    options.frameCount = 6;
+    options.ending = CounterMovieOptions::Ending::FsCommandThenStop;
+    options.fsCommandArguments = "42.5";
+    QSignalSpy commands(m_view, &ZBFlashView::invokeFSCommand);
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(options)));
+    QTRY_VERIFY_WITH_TIMEOUT(!commands.isEmpty(), 5000);
+    QCOMPARE(commands.first().at(0).toString(), QStringLiteral("completePlay"));
+    QCOMPARE(commands.first().at(1).toString(), QStringLiteral("42.5"));
+    // It stopped itself on the last frame and says so once.
+    QTRY_COMPARE_WITH_TIMEOUT(m_view->currentFrame(), 5, 3000);
+    QTest::qWait(300);
+    QCOMPARE(commands.size(), 1);
+}
+
+void TestZBFlashView::damagedMoviesAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    CounterMovieOptions options;
+    options.frameCount = 30;
+    const QByteArray whole = nvktest::makeCounterMovie(options);
+    QTest::newRow("cut in half") << whole.left(whole.size() / 2);
+    QTest::newRow("cut before End") << whole.chopped(2);
+    options.compression = Compression::Zlib;
+    const QByteArray deflated = nvktest::makeCounterMovie(options);
+    QTest::newRow("deflated, cut") << deflated.left(deflated.size() - 40);
+    options.version = 6;
+    const QByteArray wrapped = nvktest::makeCounterMovie(options);
+    QTest::newRow("v6, cut") << wrapped.left(wrapped.size() - 40);
+    options.version = 10;
+    options.compression = Compression::None;
+    options.actionScript3 = true;
+    const QByteArray as3 = nvktest::makeCounterMovie(options);
+    QTest::newRow("AS3, cut") << as3.left(as3.size() - 40);
+    QTest::newRow("not a movie") << QByteArray("GIF89a this is a picture, not a movie");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("no frames") << SwfWriter().build();
+}
+
+void TestZBFlashView::damagedMoviesAreRefused()
+{
+    QFETCH(QByteArray, bytes);
+    const QString path = writeMovie(QStringLiteral("damaged.swf"), bytes);
+    QSignalSpy loaded(m_view, &ZBFlashView::movieLoaded);
+    QString error;
+    QVERIFY(!m_view->loadMovie(bytes, QUrl::fromLocalFile(path), QUrl::fromLocalFile(path), &error));
+    QVERIFY(!error.isEmpty());
+
+    // Through the engine the refusal arrives as loadFailed, never loaded.
+    ZBFlashEngine engine(ZBPlaybackEngine::FlashMovie, m_view);
+    QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
+    QSignalSpy engineLoaded(&engine, &ZBPlaybackEngine::loaded);
+    engine.load(path);
+    QVERIFY(failed.wait(3000));
+    QVERIFY(!failed.first().first().toString().isEmpty());
+    QVERIFY(engineLoaded.isEmpty());
+    QVERIFY(loaded.isEmpty());
+    QVERIFY(!engine.isLoaded());
+}
+
+void TestZBFlashView::projectorsPlayTheirMovie()
+{
+    CounterMovieOptions options;
+    options.frameCount = 48;
+    options.version = 7;
+    const QByteArray swf = nvktest::makeCounterMovie(options);
+    const QByteArray player(64 * 1024, 'P');
+    ZBFlashEngine engine(ZBPlaybackEngine::FlashMovie, m_view);
+    for (const auto &[name, bytes] : {std::pair{QStringLiteral("cartoon.exe"), nvktest::windowsProjector(player, swf)},
+                                      std::pair{QStringLiteral("cartoon-mac"), nvktest::macProjector(player, swf)}})
+    {
+        const QString path = writeMovie(name, bytes);
+        QVERIFY(engine.canInitWithFile(path));
+        QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
+        engine.load(path);
+        QVERIFY2(loaded.wait(20000), qPrintable(name));
+        QCOMPARE(engine.totalTime(), 48.0);
+        QVERIFY(engine.usesFrames());
+        engine.pause();
+        engine.seek(20);
+        QTRY_COMPARE_WITH_TIMEOUT(frameOnScreen(), 20, 3000);
+        engine.stop();
+        QVERIFY(!engine.isLoaded());
+    }
+    // A file that is neither a movie nor carries one.
+    const QString junk = writeMovie(QStringLiteral("junk.exe"), QByteArray(5000, 'x'));
+    QVERIFY(!engine.canInitWithFile(junk));
+}
+
+void TestZBFlashView::zoomFitAndOriginalSize()
+{
+    CounterMovieOptions options;
+    options.frameCount = 24;
+    options.ending = CounterMovieOptions::Ending::Stop;
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(options)));
+    QCOMPARE(m_view->originalRect(), QRect(0, 0, 200, 150));
+
+    // Fitted into a view twice its size.
+    m_view->setFitSize();
+    QTRY_COMPARE_WITH_TIMEOUT(m_view->zoomPercent(), 200, 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(frameOnScreen() >= 0, 3000);
+    QImage image = m_view->snapshot();
+    QVERIFY(nvktest::counterMovieFrameForColour(image.pixelColor(5, 150)) >= 0);
+
+    // At 100 % the stage is 200 x 150 in the middle; around it the view's
+    // background shows.
+    m_view->setOriginalSize();
+    QCOMPARE(m_view->zoomPercent(), 100);
+    QTRY_COMPARE_WITH_TIMEOUT(nvktest::counterMovieFrameForColour(m_view->snapshot().pixelColor(5, 150)), -1, 3000);
+    image = m_view->snapshot();
+    QVERIFY(nvktest::counterMovieFrameForColour(image.pixelColor(200, 150)) >= 0);
+    QVERIFY(nvktest::counterMovieFrameForColour(image.pixelColor(105, 150)) >= 0);
+
+    m_view->setZoomPercent(300);
+    QCOMPARE(m_view->zoomPercent(), 300);
+    m_view->setFitSize();
+    QTRY_COMPARE_WITH_TIMEOUT(m_view->zoomPercent(), 200, 3000);
+}
+
+void TestZBFlashView::flvStreamsPlayByTime()
+{
+    if (!nvktest::MediaFactory::isAvailable())
+        QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
+    nvktest::MediaFactory::Clip clip;
+    clip.extension = QStringLiteral("flv");
+    clip.seconds = 3;
+    QString error;
+    const QString path = nvktest::MediaFactory::clip(clip, &error);
+    QVERIFY2(!path.isEmpty(), qPrintable(error));
+
+    ZBFlashEngine engine(ZBPlaybackEngine::FlashVideo, m_view);
+    QVERIFY(engine.canInitWithFile(path));
+    QVERIFY(!engine.usesFrames());
+    QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
+    QSignalSpy commands(&engine, &ZBPlaybackEngine::fsCommand);
+    engine.load(path);
+    QVERIFY(loaded.wait(20000));
+    engine.play();
+    QTRY_VERIFY_WITH_TIMEOUT(engine.totalTime() > 2.5 && engine.totalTime() < 3.5, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.5, 10000);
+    QCOMPARE(engine.naturalSize(), QSize(160, 120));
+    // The stream reports its length, then its end.
+    QTRY_VERIFY_WITH_TIMEOUT(std::any_of(commands.cbegin(), commands.cend(),
+                                         [](const QList<QVariant> &c) { return c.first().toString() == u"completePlay"; }),
+                             10000);
+    const auto total = std::find_if(commands.cbegin(), commands.cend(),
+                                    [](const QList<QVariant> &c) { return c.first().toString() == u"setTotalTime"; });
+    QVERIFY(total != commands.cend());
+    QVERIFY(std::abs(total->at(1).toString().toDouble() - 3.0) < 0.2);
+
+    // H.264 in an MP4-based F4V is the video engine's: the Flash engine does
+    // not claim it.
+    const QString f4v = nvktest::MediaFactory::clip(QStringLiteral("f4v"), &error);
+    if (!f4v.isEmpty())
+        QVERIFY(!engine.canInitWithFile(f4v));
+}
+
+void TestZBFlashView::aLaterLoadSilencesTheEarlierMovie()
+{
+    CounterMovieOptions chatty;
+    chatty.frameCount = 3;
+    chatty.ending = CounterMovieOptions::Ending::FsCommand;
+    CounterMovieOptions quiet;
+    quiet.frameCount = 100;
+    QSignalSpy commands(m_view, &ZBFlashView::invokeFSCommand);
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(chatty), QStringLiteral("chatty.swf")));
+    QTRY_VERIFY_WITH_TIMEOUT(!commands.isEmpty(), 5000);
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(quiet), QStringLiteral("quiet.swf")));
+    commands.clear();
+    QTest::qWait(500);
+    QVERIFY(commands.isEmpty());
+    QCOMPARE(m_view->totalFrames(), 100);
+}
+
+NVK_FLASH_TEST_MAIN(TestZBFlashView)
+#include "tst_zbflashview.moc"
