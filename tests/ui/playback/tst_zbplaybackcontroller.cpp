@@ -10,6 +10,7 @@
 #include "support/testsupport.h"
 #include "ui/playback/zbplaybackcontroller.h"
 #include "ui/playback/zbplaybackui.h"
+#include "ui/playback/scriptedui.h"
 
 namespace
 {
@@ -97,34 +98,6 @@ private:
     int m_volume = 100;
 };
 
-class ScriptedUi : public ZBPlaybackUi
-{
-public:
-    MissingTrackChoice askAboutMissingTrack(ZBItem *item) override
-    {
-        asked << item->Name();
-        return missingChoice;
-    }
-    QString locateTrack(ZBItem *) override { return locatedPath; }
-    void showCannotPlay(ZBItem *item, const QString &reason) override
-    {
-        cannotPlay << (item ? item->Name() : QString());
-        reasons << reason;
-    }
-    bool showRealMediaUnsupported(ZBItem *item, const QString &) override
-    {
-        realRefused << item->Name();
-        return neverAskAgain;
-    }
-
-    MissingTrackChoice missingChoice = MissingTrackChoice::DoNothing;
-    QString locatedPath;
-    bool neverAskAgain = false;
-    QStringList asked;
-    QStringList cannotPlay;
-    QStringList reasons;
-    QStringList realRefused;
-};
 } // namespace
 
 class TestZBPlaybackController : public QObject
