@@ -1,5 +1,6 @@
 #include "ctl/ctlcommands.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -11,8 +12,11 @@
 #include <QTimer>
 
 #include <cmath>
+#include <functional>
 #include <unistd.h>
 
+#include "engines/flash/zbflashengine.h"
+#include "engines/flash/zbflashview.h"
 #include "engines/mpv/zbmpvengine.h"
 #include "library/zblibrarycontroller.h"
 #include "library/zblibraryimporter.h"
@@ -121,9 +125,10 @@ QString ZBCtlCommands::usage()
         "  probe FILE                    the file's type, whether the player takes it, its length and\n"
         "                                whether the video engine can decode it\n"
         "  swf-info FILE                 the header of a Flash movie, or of the movie inside a projector\n"
-        "  snapshot FILE [--time SECONDS] -o OUT\n"
-        "                                save the frame of a movie at a time (default 0) as an image;\n"
-        "                                the format follows OUT's extension (png, jpg, bmp, ...)\n"
+        "  snapshot FILE [--time SECONDS | --frame N] -o OUT\n"
+        "                                save the frame of a movie at a time (default 0), or frame N (from\n"
+        "                                0) of a Flash movie or projector, as an image; the format follows\n"
+        "                                OUT's extension (png, jpg, bmp, ...)\n"
         "\n"
         "The library lives in the program's data folder unless --data-dir names another.\n");
 }
@@ -410,21 +415,39 @@ int ZBCtlCommands::snapshot(const QStringList &arguments, QTextStream &out, QTex
         if (argument == u"-o")
             argument = QStringLiteral("--output");
     }
-    const Options options(spelledOut, {QStringLiteral("time"), QStringLiteral("output")}, {});
+    const Options options(spelledOut, {QStringLiteral("time"), QStringLiteral("frame"), QStringLiteral("output")},
+                          {});
     if (!options.error().isEmpty())
         return fail(options.error());
     if (options.positional().size() != 1 || !options.has(QStringLiteral("output")))
         return fail(QStringLiteral("snapshot needs FILE and -o OUT"));
     const QString path = options.positional().first();
     const QString output = options.value(QStringLiteral("output"));
+    if (!QImageWriter::supportedImageFormats().contains(QFileInfo(output).suffix().toLower().toLatin1()))
+        return fail(QStringLiteral("cannot write images of type \"%1\"; use .png, .jpg or .bmp")
+                        .arg(QFileInfo(output).suffix()));
+    if (!QFileInfo(path).isFile())
+        return fail(QStringLiteral("\"%1\" does not exist").arg(path));
+
+    if (isFlashFile(path))
+    {
+        if (options.has(QStringLiteral("time")))
+            return fail(QStringLiteral("a Flash movie is shown by frames: use --frame N (from 0), not --time"));
+        bool whole = false;
+        const int frame = options.value(QStringLiteral("frame"), QStringLiteral("0")).toInt(&whole);
+        if (!whole || frame < 0)
+            return fail(QStringLiteral("--frame takes a frame number from 0 on, not \"%1\"")
+                            .arg(options.value(QStringLiteral("frame"))));
+        return snapshotFlash(path, frame, output, out, err);
+    }
+    if (options.has(QStringLiteral("frame")))
+        return fail(QStringLiteral("--frame is for Flash movies; \"%1\" is a video, use --time SECONDS").arg(path));
+
     bool numeric = false;
     const double time = options.value(QStringLiteral("time"), QStringLiteral("0")).toDouble(&numeric);
     if (!numeric || !std::isfinite(time) || time < 0)
         return fail(QStringLiteral("--time takes a number of seconds from 0 on, not \"%1\"")
                         .arg(options.value(QStringLiteral("time"))));
-    if (!QImageWriter::supportedImageFormats().contains(QFileInfo(output).suffix().toLower().toLatin1()))
-        return fail(QStringLiteral("cannot write images of type \"%1\"; use .png, .jpg or .bmp")
-                        .arg(QFileInfo(output).suffix()));
     QString reason;
     if (!ZBMpvEngine::checkFile(path, &reason))
         return fail(reason);
@@ -469,6 +492,85 @@ int ZBCtlCommands::snapshot(const QStringList &arguments, QTextStream &out, QTex
     const QImage image = engine.snapshot();
     if (image.isNull())
         return fail(QStringLiteral("\"%1\" shows no picture at %2 s (no video stream?)").arg(path).arg(time));
+    QImageWriter writer(output);
+    if (!writer.write(image))
+        return fail(QStringLiteral("cannot write %1: %2").arg(output, writer.errorString()));
+    out << output << '\t' << image.width() << 'x' << image.height() << '\n';
+    return 0;
+}
+
+bool ZBCtlCommands::isFlashFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    if (ZBSwfHeader::readHeader(file.peek(ZBSwfHeader::HeaderProbeSize)))
+        return true;
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    return (suffix == u"exe" || ZBProjector::isApplicationFile(path))
+           && !ZBProjector::dataWithContentsOfSWF(path).isEmpty();
+}
+
+int ZBCtlCommands::snapshotFlash(const QString &path, int frame, const QString &output, QTextStream &out,
+                                 QTextStream &err)
+{
+    const auto fail = [&err](const QString &message) {
+        err << "norvikctl: " << message << Qt::endl;
+        return 1;
+    };
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance()))
+        return fail(QStringLiteral("Flash snapshots need the graphical application object"));
+    QString reason;
+    const QByteArray movie = ZBFlashEngine::movieData(path, &reason);
+    if (movie.isEmpty())
+        return fail(reason);
+    const std::optional<ZBSwfHeader::Info> header = ZBSwfHeader::readHeader(movie);
+    if (!header)
+        return fail(QStringLiteral("\"%1\" holds no readable Flash movie").arg(path));
+
+    // The view is exactly the stage at 100 %, so the picture is the frame as
+    // the movie's author drew it.
+    const QSize stage(std::max(1, int(std::lround(header->width()))), std::max(1, int(std::lround(header->height()))));
+    ZBFlashView view;
+    view.resize(stage);
+    view.show();
+    view.setOriginalSize();
+    bool failed = false;
+    QObject::connect(&view, &ZBFlashView::movieLoadFailed, &view, [&](const QString &why) {
+        failed = true;
+        reason = why;
+    });
+    const auto waitUntil = [&failed](const std::function<bool()> &done, int milliseconds) {
+        QElapsedTimer clock;
+        clock.start();
+        while (!failed && !done() && clock.elapsed() < milliseconds)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        return !failed && done();
+    };
+    const QUrl url = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
+    if (!view.loadMovie(movie, url, url, &reason))
+        return fail(reason);
+    if (!waitUntil([&view]() { return view.isMovieLoaded(); }, 60000))
+        return fail(failed ? reason : QStringLiteral("the Flash engine did not start \"%1\" within 60 seconds").arg(path));
+    view.stop();
+    if (frame >= view.totalFrames())
+        return fail(QStringLiteral("--frame %1 is past the end of \"%2\", which has %3 frames (0 to %4)")
+                        .arg(frame)
+                        .arg(path)
+                        .arg(view.totalFrames())
+                        .arg(view.totalFrames() - 1));
+    view.gotoFrame(frame);
+    // The page confirms the frame it stands on; a few more frames of the
+    // page's clock let the engine draw it.
+    if (!waitUntil([&view, frame]() { return view.currentFrame() == frame; }, 10000))
+        return fail(QStringLiteral("the movie did not go to frame %1").arg(frame));
+    QElapsedTimer settle;
+    settle.start();
+    while (settle.elapsed() < 250)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    const QImage image = view.snapshot();
+    if (image.isNull())
+        return fail(QStringLiteral("the Flash view gave no picture"));
     QImageWriter writer(output);
     if (!writer.write(image))
         return fail(QStringLiteral("cannot write %1: %2").arg(output, writer.errorString()));

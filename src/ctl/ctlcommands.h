@@ -35,6 +35,9 @@ private:
     static int probe(const QStringList &arguments, QTextStream &out, QTextStream &err);
     static int swfInfo(const QStringList &arguments, QTextStream &out, QTextStream &err);
     static int snapshot(const QStringList &arguments, QTextStream &out, QTextStream &err);
+    static bool isFlashFile(const QString &path);
+    static int snapshotFlash(const QString &path, int frame, const QString &output, QTextStream &out,
+                             QTextStream &err);
 
     int fail(const QString &message);
     class ZBPlaylist *findList(const QString &nameOrUUID);

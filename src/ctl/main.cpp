@@ -1,14 +1,34 @@
+#include <QApplication>
 #include <QCoreApplication>
 #include <QTextStream>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 
 #include "ctl/ctlcommands.h"
+#include "engines/flash/zbflashview.h"
 #include "library/zblibrarycontroller.h"
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    // Snapshots of Flash movies render in a web page: that takes the
+    // graphical application object, on the offscreen platform unless the
+    // caller chose one. Every other command stays a plain console program.
+    std::unique_ptr<QCoreApplication> application;
+    const int commandIndex = argc > 1 && std::strcmp(argv[1], "--data-dir") == 0 ? 3 : 1;
+    if (commandIndex < argc && std::strcmp(argv[commandIndex], "snapshot") == 0)
+    {
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        ZBFlashView::prepareApplication();
+        application = std::make_unique<QApplication>(argc, argv);
+    }
+    else
+    {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    QCoreApplication &app = *application;
     QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
     QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));
 

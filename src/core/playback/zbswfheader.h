@@ -49,6 +49,10 @@ public:
     };
 
     // Larger movies are cut there when uncompressed.
+    // How much of a file to read to be sure of its header: a deflated
+    // movie's first block can open with a few hundred bytes of code tables
+    // before the first byte of the header comes out.
+    static constexpr qsizetype HeaderProbeSize = 4096;
     static constexpr qsizetype MaxMovieSize = qsizetype(256) * 1024 * 1024;
 
     // The header of a movie with the signature FWS, CWS or ZWS; nothing for

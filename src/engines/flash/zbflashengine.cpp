@@ -40,7 +40,7 @@ QByteArray ZBFlashEngine::movieData(const QString &path, QString *error)
             *error = tr("The file cannot be read: %1").arg(file.errorString());
         return QByteArray();
     }
-    if (ZBSwfHeader::readHeader(file.peek(64)))
+    if (ZBSwfHeader::readHeader(file.peek(ZBSwfHeader::HeaderProbeSize)))
     {
         if (file.size() > ZBSwfHeader::MaxMovieSize)
         {
@@ -66,7 +66,7 @@ bool ZBFlashEngine::canInitWithFile(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    if (ZBSwfHeader::readHeader(file.peek(64)))
+    if (ZBSwfHeader::readHeader(file.peek(ZBSwfHeader::HeaderProbeSize)))
         return true;
     file.close();
     return !ZBProjector::dataWithContentsOfSWF(path).isEmpty();

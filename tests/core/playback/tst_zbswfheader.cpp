@@ -2,6 +2,7 @@
 #include <QTest>
 
 #include "playback/zbswfheader.h"
+#include "support/flashmovies.h"
 #include "support/swfwriter.h"
 
 using nvktest::SwfWriter;
@@ -43,6 +44,8 @@ private Q_SLOTS:
     void uncompressedMovieRoundTrips_data();
     void uncompressedMovieRoundTrips();
     void uncompressedMovieIsBounded();
+    void headerReadsFromTheProbePrefix_data();
+    void headerReadsFromTheProbePrefix();
 
     void truncatedAtEveryLength_data();
     void truncatedAtEveryLength();
@@ -403,6 +406,32 @@ void TestZBSwfHeader::attributesPastTheStatedLengthDoNotCount()
     QVERIFY(again);
     QCOMPARE(again->hasFileAttributes, header->hasFileAttributes);
     QCOMPARE(again->frameCount, header->frameCount);
+}
+
+void TestZBSwfHeader::headerReadsFromTheProbePrefix_data()
+{
+    QTest::addColumn<int>("compression");
+    QTest::newRow("FWS") << int(nvktest::SwfWriter::Compression::None);
+    QTest::newRow("CWS") << int(nvktest::SwfWriter::Compression::Zlib);
+    QTest::newRow("ZWS") << int(nvktest::SwfWriter::Compression::Lzma);
+}
+
+// Callers decide whether a file is a movie from its first bytes only. A
+// movie with many shapes compresses into a first block whose code tables
+// alone outgrow a small prefix.
+void TestZBSwfHeader::headerReadsFromTheProbePrefix()
+{
+    QFETCH(int, compression);
+    nvktest::CounterMovieOptions options;
+    options.frameCount = 300;
+    options.version = 6;
+    options.compression = nvktest::SwfWriter::Compression(compression);
+    const QByteArray movie = nvktest::makeCounterMovie(options);
+    const auto header = ZBSwfHeader::readHeader(
+        QByteArrayView(movie).first(std::min(movie.size(), ZBSwfHeader::HeaderProbeSize)));
+    QVERIFY(header);
+    QCOMPARE(header->frameCount, 300);
+    QCOMPARE(header->version, 6);
 }
 
 QTEST_GUILESS_MAIN(TestZBSwfHeader)
