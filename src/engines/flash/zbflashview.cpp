@@ -20,7 +20,11 @@
 #include "engines/flash/zbflashscheme.h"
 #include "playback/flash/zbflashmovieplan.h"
 
-Q_LOGGING_CATEGORY(lcFlash, "norvik.engine.flash")
+Q_LOGGING_CATEGORY(lcFlash, "norvik.engine.flash", QtInfoMsg)
+// The engine talks a lot, errors included for what it recovers from by itself
+// (no WebGL: it draws on a canvas instead); failures that matter reach us
+// through the page. Enable with QT_LOGGING_RULES="norvik.engine.flash.page=true".
+Q_LOGGING_CATEGORY(lcFlashPage, "norvik.engine.flash.page", QtCriticalMsg)
 
 namespace
 {
@@ -36,9 +40,9 @@ protected:
                                   const QString &source) override
     {
         if (level == ErrorMessageLevel)
-            qCWarning(lcFlash).noquote() << "page:" << message << source << line;
+            qCWarning(lcFlashPage).noquote() << message << source << line;
         else
-            qCDebug(lcFlash).noquote() << "page:" << message;
+            qCDebug(lcFlashPage).noquote() << message;
     }
 
     // The page is ours; movies may not navigate it away (the engine refuses
@@ -303,8 +307,13 @@ bool ZBFlashView::loadMovie(const QByteArray &data, const QUrl &url, const QUrl 
     }
     prepared.insert(rootUrl, plan->rootMovie);
     m_scheme->setPrepared(prepared);
-    return startLoad(Mode::Frames, rootUrl, baseDirectory, plan->flashvars,
-                     QSize(int(std::lround(plan->header.width())), int(std::lround(plan->header.height()))));
+    if (!startLoad(Mode::Frames, rootUrl, baseDirectory, plan->flashvars,
+                   QSize(int(std::lround(plan->header.width())), int(std::lround(plan->header.height())))))
+        return false;
+    // The movie's own rate: a host movie may run at another until it has
+    // loaded it.
+    m_frameRate = plan->header.frameRate;
+    return true;
 }
 
 bool ZBFlashView::loadFlvAtPath(const QString &path, QString *error)
@@ -389,7 +398,8 @@ void ZBFlashView::onLoaded(int generation, double width, double height, double f
     m_playing = true;
     if (width > 0 && height > 0)
         m_movieSize = QSize(int(std::lround(width)), int(std::lround(height)));
-    m_frameRate = frameRate;
+    if (m_frameRate <= 0)
+        m_frameRate = frameRate;
     m_totalFrames = totalFrames;
     m_frame = 0;
     m_time = 0;

@@ -61,7 +61,11 @@ std::optional<ZBFlashMoviePlan> ZBFlashMoviePlan::make(QByteArrayView movie, QBy
         if (as3Host.isEmpty())
             return fail<ZBFlashMoviePlan>(error, tr("The host movie for ActionScript 3 movies is missing."));
         plan.kind = Kind::Hosted;
-        root = restage(as3Host, *header, backgroundOf(plain, *tags), &reason);
+        // The host shows its content at its own next frame; it runs fast
+        // until then, and takes on the content's rate once it has loaded it.
+        ZBSwfHeader::Info stage = *header;
+        stage.frameRate = std::max(stage.frameRate, HostStartRate);
+        root = restage(as3Host, stage, backgroundOf(plain, *tags), &reason);
         plan.flashvars.insert(QStringLiteral("nvkPrefix"), QString::fromLatin1(prefix));
         plan.flashvars.insert(QStringLiteral("nvkContent"), QString::fromUtf8(contentUrl));
     }

@@ -35,6 +35,9 @@ public:
         Hosted
     };
 
+    // The frame rate the ActionScript 3 host starts at, frames per second.
+    static constexpr double HostStartRate = 120.0;
+
     // Added to the movie's own address to serve a wrapper or host in its place.
     static constexpr const char *HostQuery = "nvk-host";
 
