@@ -250,7 +250,6 @@
                 url: o.url,
                 base: o.base,
                 parameters: o.flashvars || {},
-                backgroundColor: o.background,
                 allowNetworking: o.security ? "internal" : "all",
             };
             if (o.quality)

@@ -66,6 +66,8 @@ private Q_SLOTS:
     void zoomFitAndOriginalSize();
     void flvStreamsPlayByTime();
     void aLaterLoadSilencesTheEarlierMovie();
+    void theMovieKeepsItsBackground_data();
+    void theMovieKeepsItsBackground();
 
 private:
     QString writeMovie(const QString &name, const QByteArray &bytes);
@@ -378,6 +380,34 @@ void TestZBFlashView::aLaterLoadSilencesTheEarlierMovie()
     QTest::qWait(500);
     QVERIFY(commands.isEmpty());
     QCOMPARE(m_view->totalFrames(), 100);
+}
+
+void TestZBFlashView::theMovieKeepsItsBackground_data()
+{
+    QTest::addColumn<bool>("as3");
+    QTest::newRow("AVM1") << false;
+    QTest::newRow("AS3, through the host") << true;
+}
+
+void TestZBFlashView::theMovieKeepsItsBackground()
+{
+    QFETCH(bool, as3);
+    // Nothing drawn: the stage shows the movie's own colour, while the view
+    // around the stage shows the player's.
+    SwfWriter writer;
+    writer.setStageSize(200, 100).setBackgroundColor(10, 200, 30).addFrames(10);
+    if (as3)
+        writer.setFileAttributes(true, true);
+    m_view->setFlashBackgroundColor(QColor(60, 0, 90));
+    QVERIFY(loadAndWait(writer.build()));
+    m_view->setFitSize();
+    const auto near = [](const QColor &a, const QColor &b) {
+        return std::abs(a.red() - b.red()) < 8 && std::abs(a.green() - b.green()) < 8 && std::abs(a.blue() - b.blue()) < 8;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(near(m_view->snapshot().pixelColor(200, 150), QColor(10, 200, 30)), 3000);
+    // Fitted to 400 x 200 in a 400 x 300 view: bands above and below.
+    QVERIFY(near(m_view->snapshot().pixelColor(200, 10), QColor(60, 0, 90)));
+    m_view->setFlashBackgroundColor(Qt::black);
 }
 
 NVK_FLASH_TEST_MAIN(TestZBFlashView)
