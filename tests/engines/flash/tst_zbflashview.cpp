@@ -66,6 +66,7 @@ private Q_SLOTS:
     void zoomFitAndOriginalSize();
     void flvStreamsPlayByTime();
     void aLaterLoadSilencesTheEarlierMovie();
+    void dragPansAZoomedMovie();
     void theMovieKeepsItsBackground_data();
     void theMovieKeepsItsBackground();
 
@@ -380,6 +381,42 @@ void TestZBFlashView::aLaterLoadSilencesTheEarlierMovie()
     QTest::qWait(500);
     QVERIFY(commands.isEmpty());
     QCOMPARE(m_view->totalFrames(), 100);
+}
+
+void TestZBFlashView::dragPansAZoomedMovie()
+{
+    CounterMovieOptions options;
+    options.frameCount = 10;
+    QVERIFY(loadAndWait(nvktest::makeCounterMovie(options)));
+    m_view->stop();
+    m_view->gotoFrame(0);
+    QTRY_COMPARE_WITH_TIMEOUT(frameOnScreen(), 0, 3000);
+    // At 300 % the 200 x 150 stage is 600 x 450, centred: its top-left
+    // corner, where the square of frame 0 is, lies outside the view.
+    m_view->setZoomPercent(300);
+    const QPoint probe(60, 60);
+    QTRY_COMPARE_WITH_TIMEOUT(nvktest::counterMovieFrameForColour(m_view->snapshot().pixelColor(probe)), 0, 3000);
+
+    QWidget *surface = m_view->focusProxy();
+    QVERIFY(surface);
+    const auto drag = [surface](QPoint from, QPoint to) {
+        QTest::mousePress(surface, Qt::LeftButton, {}, from);
+        for (int step = 1; step <= 10; ++step)
+            QTest::mouseMove(surface, from + (to - from) * step / 10, 10);
+        QTest::mouseRelease(surface, Qt::LeftButton, {}, to);
+    };
+    // Without drag mode the movie gets the mouse and stays put.
+    drag(QPoint(150, 150), QPoint(300, 260));
+    QTest::qWait(200);
+    QCOMPARE(nvktest::counterMovieFrameForColour(m_view->snapshot().pixelColor(probe)), 0);
+
+    // Dragged down and right as far as it goes: the corner comes into view.
+    m_view->setCanDrag(true);
+    QTest::qWait(100);
+    drag(QPoint(150, 150), QPoint(300, 260));
+    QTRY_COMPARE_WITH_TIMEOUT(m_view->snapshot().pixelColor(probe), nvktest::counterMovieSquareColour(0), 3000);
+    m_view->setCanDrag(false);
+    m_view->setFitSize();
 }
 
 void TestZBFlashView::theMovieKeepsItsBackground_data()

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void seekSliderMovesByFrames();
     void damagedMovieShowsTheCannotPlayAlert();
     void capturedPackagePlaysItsBaseMovie();
+    void commandsFromTheMovieAndTheStartScreen();
 
 private:
     ZBItem *addMovie(const QString &name, const CounterMovieOptions &options);
@@ -301,6 +302,40 @@ void TestZBFlashPlayback::capturedPackagePlaysItsBaseMovie()
     start();
     QTRY_COMPARE_WITH_TIMEOUT(m_ui->asked, QStringList{QStringLiteral("page")}, 5000);
     QVERIFY(m_ui->cannotPlay.isEmpty());
+}
+
+void TestZBFlashPlayback::commandsFromTheMovieAndTheStartScreen()
+{
+    setRules(false, false, false);
+    CounterMovieOptions options;
+    options.frameCount = 600;
+    ZBItem *item = addMovie(QStringLiteral("stream"), options);
+    // Nothing plays: a length has nowhere to go.
+    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("93.7"));
+    start();
+    QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("stream"), 10000);
+    QSignalSpy changed(m_controller.get(), &ZBPlaybackController::trackChanged);
+    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("93.7"));
+    QCOMPARE(item->Length(), std::optional<qint32>(93));
+    QCOMPARE(changed.size(), 1);
+    // Not a number, or a command nobody knows: nothing changes.
+    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("soon"));
+    m_controller->flashView_invokeFSCommand(QStringLiteral("quit"), QString());
+    QCOMPARE(item->Length(), std::optional<qint32>(93));
+    QCOMPARE(playingName(), QStringLiteral("stream"));
+    // The length is in the library, not only on the object.
+    ZBLibraryController reopened;
+    QVERIFY(reopened.openStore(m_dir->path()).ok);
+    ZBItem *stored = reopened.itemByUUID(item->ItemUUID());
+    QVERIFY(stored);
+    QCOMPARE(stored->Length(), std::optional<qint32>(93));
+
+    m_settings->showTutorial = QStringLiteral("show");
+    m_controller->flashView_callFunction(QStringLiteral("onChangePlayerMode"), {QStringLiteral("hide")});
+    QCOMPARE(m_settings->showTutorial, QStringLiteral("hide"));
+    m_controller->flashView_callFunction(QStringLiteral("onChangePlayerMode"), {});
+    m_controller->flashView_callFunction(QStringLiteral("somethingElse"), {QStringLiteral("show")});
+    QCOMPARE(m_settings->showTutorial, QStringLiteral("hide"));
 }
 
 NVK_FLASH_TEST_MAIN(TestZBFlashPlayback)
