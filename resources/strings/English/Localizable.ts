@@ -741,6 +741,38 @@ The damaged file was kept unchanged as:
         <translation>any</translation>
     </message>
     <message>
+        <source>SmartListWindow_AddRule</source>
+        <translation>Add a rule below this one</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_RemoveRule</source>
+        <translation>Remove this rule</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_Field</source>
+        <translation>Field</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_Operator</source>
+        <translation>Condition</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_Value</source>
+        <translation>Value</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorName</source>
+        <translation>Enter a name for the smart playlist.</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorNumber</source>
+        <translation>Rule %1: “%2” is not a number.</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorPattern</source>
+        <translation>Rule %1: “%2” is not a valid pattern (“%3” compares the whole text with a regular expression).</translation>
+    </message>
+    <message>
         <source>SwitchToDownloadMode</source>
         <translation>Show Browser</translation>
     </message>
@@ -1071,6 +1103,14 @@ The damaged file was kept unchanged as:
     <message>
         <source>Last month</source>
         <translation>Last Month</translation>
+    </message>
+    <message>
+        <source>infoFileSize</source>
+        <translation>File size</translation>
+    </message>
+    <message>
+        <source>infoFormat</source>
+        <translation>Format</translation>
     </message>
 </context>
 </TS>

@@ -741,6 +741,38 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
         <translation>einer</translation>
     </message>
     <message>
+        <source>SmartListWindow_AddRule</source>
+        <translation>Unter dieser Regel eine weitere hinzufügen</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_RemoveRule</source>
+        <translation>Diese Regel entfernen</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_Field</source>
+        <translation>Feld</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_Operator</source>
+        <translation>Bedingung</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_Value</source>
+        <translation>Wert</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorName</source>
+        <translation>Geben Sie einen Namen für die intelligente Wiedergabeliste ein.</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorNumber</source>
+        <translation>Regel %1: „%2“ ist keine Zahl.</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorPattern</source>
+        <translation>Regel %1: „%2“ ist kein gültiges Muster („%3“ vergleicht den ganzen Text mit einem regulären Ausdruck).</translation>
+    </message>
+    <message>
         <source>SwitchToDownloadMode</source>
         <translation>Browser anzeigen</translation>
     </message>
@@ -1071,6 +1103,14 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
     <message>
         <source>Last month</source>
         <translation>Letzter Monat</translation>
+    </message>
+    <message>
+        <source>infoFileSize</source>
+        <translation>Dateigröße</translation>
+    </message>
+    <message>
+        <source>infoFormat</source>
+        <translation>Format</translation>
     </message>
 </context>
 </TS>

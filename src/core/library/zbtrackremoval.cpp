@@ -17,7 +17,7 @@ ZBTrackRemoval ZBTrackRemoval::plan(bool fromPlainPlaylist, int viewMode, const 
     removal.confirm = !settings.option_DontAskMeAgainRemoveItemFromLibrary;
     if (settings.option_DontAskMeAgainMoveToTrashOrKeepFile)
         removal.files = settings.option_alwaysMoveFileToTrash ? FileQuestion::Trash : FileQuestion::Keep;
-    else if (selection.size() == 1 && !selection.first()->isValid().value_or(false))
+    else if (selection.size() == 1 && !selection.first()->isValid().value_or(true))
         // Its file is already gone: there is nothing to keep or throw away.
         removal.files = FileQuestion::Keep;
     else

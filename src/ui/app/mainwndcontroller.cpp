@@ -15,6 +15,7 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QTableView>
+#include <QVBoxLayout>
 
 #include "engines/flash/zbflashengine.h"
 #include "engines/flash/zbflashview.h"
@@ -28,6 +29,8 @@
 #include "playback/zbprojector.h"
 #include "settings/zbsettings.h"
 #include "ui/app/zbmainmenubuilder.h"
+#include "ui/library/zblibrarydialogs.h"
+#include "ui/library/zblibrarypane.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/localization/zbmenulocalizer.h"
 #include "ui/playback/zblogoview.h"
@@ -48,7 +51,9 @@ MainWndController::MainWndController(QObject *parent)
 
 MainWndController::~MainWndController()
 {
-    // The controller stops the engines it drives; it must go before them.
+    // The library pane talks to the playback controller, and the controller
+    // stops the engines it drives: each must go before what it uses.
+    m_pane.reset();
     m_playback.reset();
 }
 
@@ -132,19 +137,13 @@ void MainWndController::buildPlayerWindow()
     connect(m_playerPanel->logoView(), &ZBLogoView::tutorialToggled, this, &MainWndController::showHideTutorial);
     sendFunctionsToTutorial();
 
-    m_trackModel = new ZBTrackListModel(this);
-    m_trackTable = new QTableView;
-    m_trackTable->setModel(m_trackModel);
-    m_trackTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_trackTable->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_trackTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_trackTable->setAlternatingRowColors(true);
-    m_trackTable->verticalHeader()->hide();
-    m_trackTable->horizontalHeader()->setStretchLastSection(true);
-    m_trackTable->setColumnWidth(0, 320);
-    connect(m_trackTable, &QTableView::activated, this, [this](const QModelIndex &index) { playRow(index.row()); });
-    connect(m_trackTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex &current) { m_playback->setSelectedRow(current.row()); });
+    m_libraryDialogs = std::make_unique<ZBLibraryDialogs>(m_window.get());
+    m_pane = std::make_unique<ZBLibraryPane>(*m_library, *m_settings, *m_playback, *m_libraryDialogs);
+    m_trackModel = m_pane->trackModel();
+    m_trackTable = m_pane->trackTable();
+    connect(m_pane.get(), &ZBLibraryPane::playRequested, this, &MainWndController::playRow);
+    connect(m_pane.get(), &ZBLibraryPane::importRequested, this,
+            [this](const QStringList &paths, const QString &playlistUUID) { importFiles(paths, playlistUUID, false); });
     connect(m_playback.get(), &ZBPlaybackController::trackChanged, m_trackModel, &ZBTrackListModel::trackChanged);
     connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, m_trackModel,
             &ZBTrackListModel::setPlayingItem);
@@ -160,14 +159,28 @@ void MainWndController::buildPlayerWindow()
     m_window->setAcceptDrops(true);
     m_window->installEventFilter(this);
 
-    auto *splitter = new QSplitter(Qt::Vertical);
-    splitter->addWidget(m_playerPanel);
-    splitter->addWidget(m_trackTable);
-    splitter->setStretchFactor(0, 3);
-    splitter->setStretchFactor(1, 2);
-    m_window->setCentralWidget(splitter);
+    // The source list at the side; on the right the player above the search
+    // field and the track table.
+    auto *tracks = new QWidget;
+    auto *tracksLayout = new QVBoxLayout(tracks);
+    tracksLayout->setContentsMargins(0, 4, 0, 0);
+    tracksLayout->setSpacing(4);
+    tracksLayout->addWidget(m_pane->searchField());
+    tracksLayout->addWidget(m_pane->trackTable());
+    auto *right = new QSplitter(Qt::Vertical);
+    right->addWidget(m_playerPanel);
+    right->addWidget(tracks);
+    right->setStretchFactor(0, 3);
+    right->setStretchFactor(1, 2);
+    auto *main = new QSplitter(Qt::Horizontal);
+    main->setObjectName(QStringLiteral("MainSplitter"));
+    main->addWidget(m_pane->sourceList());
+    main->addWidget(right);
+    main->setStretchFactor(0, 0);
+    main->setStretchFactor(1, 1);
+    main->setSizes({200, 824});
+    m_window->setCentralWidget(main);
     addShortcuts();
-    reloadTrackList();
 }
 
 bool MainWndController::eventFilter(QObject *watched, QEvent *event)
@@ -226,13 +239,7 @@ void MainWndController::addShortcuts()
 
 void MainWndController::reloadTrackList()
 {
-    ZBPlaylist *allTracks = m_library->playlistByUUID(m_library->allTracksUUID());
-    const ZBItemList tracks =
-        ZBLibraryController::sortList(m_library->getItemsFromPlaylist(allTracks), QStringLiteral("Name"), true);
-    m_trackModel->setTracks(tracks);
-    m_playback->setCurrentList(tracks, m_library->allTracksUUID());
-    if (m_playback->playingItem())
-        m_trackModel->setPlayingItem(m_playback->playingItem());
+    m_pane->reloadNode();
 }
 
 void MainWndController::playRow(int row)
@@ -245,6 +252,11 @@ void MainWndController::playRow(int row)
 }
 
 void MainWndController::openFiles(const QStringList &paths)
+{
+    importFiles(paths, QString(), true);
+}
+
+void MainWndController::importFiles(const QStringList &paths, const QString &playlistUUID, bool autoplay)
 {
     if (paths.isEmpty())
         return;
@@ -263,17 +275,19 @@ void MainWndController::openFiles(const QStringList &paths)
         progress->setMaximum(total);
         progress->setValue(done);
     });
-    auto firstAdded = std::make_shared<QString>();
+    auto stored = std::make_shared<QStringList>();
     connect(m_importer.get(), &ZBLibraryImporter::trackStored, progress,
-            [firstAdded](const QString &uuid, const QString &, bool) {
-                if (firstAdded->isEmpty())
-                    *firstAdded = uuid;
-            });
+            [stored](const QString &uuid, const QString &, bool) { *stored << uuid; });
     connect(m_importer.get(), &ZBLibraryImporter::finished, progress,
-            [this, progress, firstAdded](const ZBLibraryImporter::Counts &, bool canceled) {
+            [this, progress, stored, playlistUUID, autoplay](const ZBLibraryImporter::Counts &, bool canceled) {
                 progress->deleteLater();
+                // What was stored stays stored, cancelled or not; it joins
+                // the playlist it was dropped on as well.
+                if (!playlistUUID.isEmpty())
+                    m_pane->addTracksToPlaylist(*stored, playlistUUID);
                 reloadTrackList();
-                if (canceled || firstAdded->isEmpty() || !m_settings->option_autoplayAddedFiles)
+                const QString *firstAdded = stored->isEmpty() ? nullptr : &stored->first();
+                if (!autoplay || canceled || !firstAdded || !m_settings->option_autoplayAddedFiles)
                     return;
                 if (ZBItem *item = m_library->itemByUUID(*firstAdded))
                     playRow(m_trackModel->rowOf(item));
@@ -287,6 +301,21 @@ void MainWndController::buildMainMenu()
         {QStringLiteral("NorvikPlayer/Quit Norvik Player"), []() { QApplication::quit(); }},
         {QStringLiteral("File/Quit"), []() { QApplication::quit(); }},
         {QStringLiteral("File/Open…"), [this]() { addToLibrary(); }},
+        {QStringLiteral("File/New Playlist"), [this]() { m_pane->addPlaylistWithItems({}); }},
+        {QStringLiteral("File/New Smart Playlist…"), [this]() { m_pane->addSmartList(); }},
+        {QStringLiteral("File/New Playlist from Selection"), [this]() { m_pane->createPlaylistFromSelection(); }},
+        {QStringLiteral("File/Edit Playlist"), [this]() { m_pane->editSmartList(); }},
+        {QStringLiteral("File/Delete Playlist"), [this]() { m_pane->removeSelectedList(); }},
+        {QStringLiteral("Edit/Delete"), [this]() { m_pane->removeSelectedTracks(); }},
+        {QStringLiteral("Edit/Select All"), [this]() { m_trackTable->selectAll(); }},
+        {QStringLiteral("Edit/Find"), [this]() { m_pane->focusSearch(); }},
+        {QStringLiteral("Track/Get Info"), [this]() { m_pane->getInfo(); }},
+        {QStringLiteral("Track/Show in File Manager"), [this]() { m_pane->showInFileManager(); }},
+        {QStringLiteral("Track/Rating/One Star"), [this]() { m_pane->setRating(1); }},
+        {QStringLiteral("Track/Rating/Two Stars"), [this]() { m_pane->setRating(2); }},
+        {QStringLiteral("Track/Rating/Three Stars"), [this]() { m_pane->setRating(3); }},
+        {QStringLiteral("Track/Rating/Four Stars"), [this]() { m_pane->setRating(4); }},
+        {QStringLiteral("Track/Rating/Five Stars"), [this]() { m_pane->setRating(5); }},
         {QStringLiteral("File/Add to Library…"), [this]() { addToLibrary(); }},
         {QStringLiteral("File/Save Movie As…"), [this]() { saveAs(); }},
         {QStringLiteral("Playback/Play"),
@@ -312,6 +341,13 @@ void MainWndController::buildMainMenu()
     shortcut("File/Open…", QKeySequence::Open);
     shortcut("File/Save Movie As…", QKeySequence::SaveAs);
     shortcut("File/Quit", QKeySequence::Quit);
+    shortcut("File/New Playlist", QKeySequence::New);
+    shortcut("File/New Smart Playlist…", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_N));
+    shortcut("File/New Playlist from Selection", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+    shortcut("Edit/Find", QKeySequence::Find);
+    shortcut("Edit/Select All", QKeySequence::SelectAll);
+    shortcut("Track/Get Info", QKeySequence(Qt::CTRL | Qt::Key_I));
+    shortcut("Track/Show in File Manager", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
 
     // Repeat is one of three; shuffle is on or off. Both show the settings.
     auto *repeatGroup = new QActionGroup(m_window.get());
@@ -347,7 +383,8 @@ void MainWndController::addToLibrary()
         m_window.get(), ZBLocalizer::localizedStringForKey(QStringLiteral("importWindowTitle")), QString(),
         QStringLiteral("%1 (%2)").arg(ZBLocalizer::localizedStringForKey(QStringLiteral("prefShowMediaOnly")),
                                       patterns.join(QLatin1Char(' '))));
-    openFiles(files);
+    // Chosen files also join the plain playlist on show.
+    importFiles(files, m_pane->selectedListUUID(), false);
 }
 
 void MainWndController::saveAs()

@@ -8,7 +8,9 @@ class QMainWindow;
 class QMenuBar;
 class QTableView;
 class ZBLibraryController;
+class ZBLibraryDialogs;
 class ZBLibraryImporter;
+class ZBLibraryPane;
 class ZBFlashEngine;
 class ZBFlashView;
 class ZBMpvEngine;
@@ -39,6 +41,11 @@ public:
     // Files and folders handed to the program: added to the library, and the
     // first added file plays when autoplay is on.
     void openFiles(const QStringList &paths);
+    // Imports files and folders with a progress window; what is stored also
+    // joins `playlistUUID` when that is a plain playlist, and the first file
+    // plays when `autoplay` and the setting say so.
+    void importFiles(const QStringList &paths, const QString &playlistUUID, bool autoplay);
+    ZBLibraryPane *libraryPane() const { return m_pane.get(); }
 
     // Hands the start screen its texts and the remembered tutorial state.
     void sendFunctionsToTutorial();
@@ -81,6 +88,8 @@ private:
     std::unique_ptr<ZBFlashEngine> m_flvEngine;
     std::unique_ptr<ZBPlaybackController> m_playback;
     std::unique_ptr<ZBLibraryImporter> m_importer;
+    std::unique_ptr<ZBLibraryDialogs> m_libraryDialogs;
+    std::unique_ptr<ZBLibraryPane> m_pane;
     ZBPlayerPanel *m_playerPanel = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;

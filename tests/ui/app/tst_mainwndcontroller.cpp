@@ -6,7 +6,9 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTableView>
+#include <QLineEdit>
 #include <QTest>
+#include <QTreeView>
 
 #include "library/zblibrarycontroller.h"
 #include "settings/zbsettings.h"
@@ -52,10 +54,14 @@ private Q_SLOTS:
         };
         for (QAction *top : controller.window()->menuBar()->actions())
             collect(top->menu(), collect);
-        for (const char *title : {"Play", "Stop", "Next", "Shuffle", "Volume Up", "Mute"})
+        for (const char *title : {"Play", "Stop", "Next", "Shuffle", "Volume Up", "Mute", "New Playlist", "Get Info",
+                                  "Find", "Delete Playlist"})
             QVERIFY2(enabled.contains(QLatin1String(title)), title);
         // What has no command yet is not offered.
-        QVERIFY(!enabled.contains(QStringLiteral("Get Info")));
+        QVERIFY(!enabled.contains(QStringLiteral("Screenshot Series")));
+        // The source list, the search field and the table are in the window.
+        QVERIFY(controller.window()->findChild<QTreeView *>(QStringLiteral("SourceList")));
+        QVERIFY(controller.window()->findChild<QLineEdit *>(QStringLiteral("SearchField")));
     }
 
     void tutorialButtonFlipsAndKeepsTheSetting()

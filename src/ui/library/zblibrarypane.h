@@ -1,0 +1,104 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QObject>
+#include <QPointer>
+#include <QTableView>
+#include <QTreeView>
+
+#include "library/zbitem.h"
+
+class ZBLibraryController;
+class ZBLibraryTreeModel;
+class ZBLibraryUi;
+class ZBNode;
+class ZBPlaybackController;
+class ZBSettings;
+class ZBTrackListModel;
+
+// The library half of the main window: the source list, the search field
+// and the track table, and the commands that work on them (lists made,
+// renamed and removed; tracks rated, searched, reordered and removed). The
+// rules live in the library tree and the removal plan; this class wires them
+// to the widgets and asks its questions through ZBLibraryUi.
+class ZBLibraryPane : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Content modes the track table can be in.
+    enum Mode
+    {
+        ListMode = 1,
+        SearchMode = 2
+    };
+
+    ZBLibraryPane(ZBLibraryController &library, ZBSettings &settings, ZBPlaybackController &playback,
+                  ZBLibraryUi &ui, QObject *parent = nullptr);
+    ~ZBLibraryPane() override;
+
+    QTreeView *sourceList() const { return m_sourceList; }
+    QTableView *trackTable() const { return m_trackTable; }
+    QLineEdit *searchField() const { return m_searchField; }
+    ZBLibraryTreeModel *treeModel() const { return m_treeModel; }
+    ZBTrackListModel *trackModel() const { return m_trackModel; }
+
+    int mode() const { return m_mode; }
+    QString selectedListUUID() const { return m_selectedListUUID; }
+    ZBItemList selectedTracks() const;
+    // What the table shows: the list, or the search results.
+    const ZBItemList &currentTracks() const;
+
+    // Selects a list in the source list and shows its tracks.
+    void selectList(const QString &playlistUUID);
+    // Shows the selected list again from the store (after imports,
+    // removals, edits).
+    void reloadNode();
+    void reloadTree();
+
+    QString addPlaylistWithItems(const ZBItemList &tracks);
+    void createPlaylistFromSelection();
+    void addSmartList();
+    void editSmartList();
+    void renameSelectedList();
+    void removeSelectedList();
+    void removeSelectedTracks();
+    void setRating(int stars);
+    void getInfo();
+    void showInFileManager();
+    void search(const QString &text);
+    void focusSearch();
+    // Tracks already in the library joined to a plain playlist.
+    void addTracksToPlaylist(const QStringList &trackUUIDs, const QString &playlistUUID);
+
+Q_SIGNALS:
+    // The user asked to play a row of the table.
+    void playRequested(int row);
+    // Files dropped on the table or a list: the window imports them, and
+    // adds them to the plain playlist named (empty for none).
+    void importRequested(const QStringList &paths, const QString &playlistUUID);
+    void selectedListChanged(const QString &playlistUUID);
+
+private:
+    void buildWidgets();
+    void showTracks(const ZBItemList &tracks);
+    void expandHeadings();
+    void selectRowNear(int row);
+    bool isPlainPlaylist(const QString &playlistUUID) const;
+
+    ZBLibraryController &m_library;
+    ZBSettings &m_settings;
+    ZBPlaybackController &m_playback;
+    ZBLibraryUi &m_ui;
+
+    ZBLibraryTreeModel *m_treeModel;
+    ZBTrackListModel *m_trackModel;
+    QPointer<QTreeView> m_sourceList;
+    QPointer<QTableView> m_trackTable;
+    QPointer<QLineEdit> m_searchField;
+
+    QString m_selectedListUUID;
+    ZBItemList m_currentList;
+    ZBItemList m_searchList;
+    int m_mode = ListMode;
+};

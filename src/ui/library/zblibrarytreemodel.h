@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QAbstractItemModel>
+
+#include "library/zblibrarytree.h"
+
+class ZBLibraryController;
+
+// The source list: the library tree's headings and lists for a tree view.
+// Headings cannot be selected; user lists can be renamed in place; lists
+// take dropped files and tracks, which the window handles.
+class ZBLibraryTreeModel : public QAbstractItemModel
+{
+    Q_OBJECT
+
+public:
+    enum Roles
+    {
+        // The number shown beside a download list, 0 for none.
+        CountRole = Qt::UserRole + 1,
+        PlaylistUUIDRole,
+        IsHeadingRole,
+    };
+    // Track rows dragged from the track table: their UUIDs, one per line.
+    static const QString TracksMimeType;
+
+    explicit ZBLibraryTreeModel(ZBLibraryController &library, QObject *parent = nullptr);
+
+    ZBLibraryTree &tree() { return m_tree; }
+    // Saves the store and reads the tree again from it.
+    void reloadTree();
+    void reloadLastDownloadsCounters();
+
+    ZBNode *nodeAt(const QModelIndex &index) const;
+    QModelIndex indexForPlaylist(const QString &playlistUUID);
+    QModelIndex rootIndex(int root) const;
+
+    QModelIndex index(int row, int column, const QModelIndex &parent = QModelIndex()) const override;
+    QModelIndex parent(const QModelIndex &child) const override;
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    QStringList mimeTypes() const override;
+    Qt::DropActions supportedDropActions() const override;
+    bool canDropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                         const QModelIndex &parent) const override;
+    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                      const QModelIndex &parent) override;
+
+Q_SIGNALS:
+    void listRenamed(const QString &playlistUUID);
+    // Files dropped on a list: they join the library, and a plain playlist.
+    void filesDropped(const QStringList &paths, const QString &playlistUUID);
+    void tracksDropped(const QStringList &trackUUIDs, const QString &playlistUUID);
+
+private:
+    ZBLibraryController &m_library;
+    // Mutable: headings and lists are read from the store on first request.
+    mutable ZBLibraryTree m_tree;
+};
