@@ -1,6 +1,8 @@
 #include "ui/app/mainwndcontroller.h"
 
 #include <QActionGroup>
+#include <QCheckBox>
+#include <QPushButton>
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -198,6 +200,12 @@ bool MainWndController::eventFilter(QObject *watched, QEvent *event)
         }
         return paths;
     };
+    if (event->type() == QEvent::Close && !applicationShouldTerminate())
+    {
+        // Closing the window quits, and is held back the same way.
+        event->ignore();
+        return true;
+    }
     if (event->type() == QEvent::DragEnter)
     {
         auto *drag = static_cast<QDragEnterEvent *>(event);
@@ -256,6 +264,54 @@ void MainWndController::openFiles(const QStringList &paths)
     importFiles(paths, QString(), true);
 }
 
+bool MainWndController::applicationShouldTerminate()
+{
+    if (m_totalNumberOfDownloads < 1 || m_settings->option_DontAskMeAgainWarningBeforeExit)
+        return true;
+    QMessageBox box(QMessageBox::Information, ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
+                    ZBLocalizer::localizedStringForKey(QStringLiteral("closePlayerWhenActionIsNotCompletedMessage")),
+                    QMessageBox::NoButton, m_window.get());
+    box.setInformativeText(ZBLocalizer::localizedStringForKey(QStringLiteral("closePlayerWhenActionIsNotCompletedInfo")));
+    QPushButton *ok = box.addButton(ZBLocalizer::localizedStringForKey(QStringLiteral("Button_OK_Title")),
+                                    QMessageBox::AcceptRole);
+    QPushButton *cancel = box.addButton(ZBLocalizer::cancelButtonTitle(), QMessageBox::RejectRole);
+    box.setDefaultButton(ok);
+    box.setEscapeButton(cancel);
+    auto *never = new QCheckBox(ZBLocalizer::localizedStringForKey(QStringLiteral("NeverAskAgainTitle")));
+    box.setCheckBox(never);
+    box.exec();
+    // Kept whichever button was pressed.
+    m_settings->option_DontAskMeAgainWarningBeforeExit = never->isChecked();
+    return box.clickedButton() != cancel;
+}
+
+void MainWndController::quit()
+{
+    if (applicationShouldTerminate())
+        QCoreApplication::quit();
+}
+
+void MainWndController::mediaKeyPressed(int keyCode)
+{
+    // A web page on show keeps the keys for itself.
+    if (m_mode == 0 || m_mode == 3)
+        return;
+    switch (keyCode)
+    {
+    case PlayPauseKey:
+        m_playback->play_video(ZBPlaybackController::Sender::PlayButton);
+        break;
+    case FastForwardKey:
+        m_playback->play_next_or_previous(+1);
+        break;
+    case RewindKey:
+        m_playback->play_next_or_previous(-1);
+        break;
+    default:
+        break;
+    }
+}
+
 void MainWndController::importFiles(const QStringList &paths, const QString &playlistUUID, bool autoplay)
 {
     if (paths.isEmpty())
@@ -275,21 +331,39 @@ void MainWndController::importFiles(const QStringList &paths, const QString &pla
         progress->setMaximum(total);
         progress->setValue(done);
     });
+    // Only a file handed over by itself starts playing; the contents of a
+    // folder never do.
+    QStringList playable;
+    for (const QString &path : paths)
+    {
+        if (QFileInfo(path).isFile())
+            playable << QFileInfo(path).absoluteFilePath();
+    }
     auto stored = std::make_shared<QStringList>();
     connect(m_importer.get(), &ZBLibraryImporter::trackStored, progress,
             [stored](const QString &uuid, const QString &, bool) { *stored << uuid; });
     connect(m_importer.get(), &ZBLibraryImporter::finished, progress,
-            [this, progress, stored, playlistUUID, autoplay](const ZBLibraryImporter::Counts &, bool canceled) {
+            [this, progress, stored, playlistUUID, autoplay, playable](const ZBLibraryImporter::Counts &,
+                                                                        bool canceled) {
                 progress->deleteLater();
                 // What was stored stays stored, cancelled or not; it joins
                 // the playlist it was dropped on as well.
                 if (!playlistUUID.isEmpty())
                     m_pane->addTracksToPlaylist(*stored, playlistUUID);
                 reloadTrackList();
-                const QString *firstAdded = stored->isEmpty() ? nullptr : &stored->first();
-                if (!autoplay || canceled || !firstAdded || !m_settings->option_autoplayAddedFiles)
+                if (!autoplay || canceled || !m_settings->option_autoplayAddedFiles)
                     return;
-                if (ZBItem *item = m_library->itemByUUID(*firstAdded))
+                ZBItem *first = nullptr;
+                for (const QString &uuid : std::as_const(*stored))
+                {
+                    ZBItem *item = m_library->itemByUUID(uuid);
+                    if (item && playable.contains(QFileInfo(item->Path()).absoluteFilePath()))
+                    {
+                        first = item;
+                        break;
+                    }
+                }
+                if (ZBItem *item = first)
                     playRow(m_trackModel->rowOf(item));
             });
     m_importer->start(paths);
@@ -298,8 +372,8 @@ void MainWndController::importFiles(const QStringList &paths, const QString &pla
 void MainWndController::buildMainMenu()
 {
     const ZBMainMenuBuilder::Commands commands = {
-        {QStringLiteral("NorvikPlayer/Quit Norvik Player"), []() { QApplication::quit(); }},
-        {QStringLiteral("File/Quit"), []() { QApplication::quit(); }},
+        {QStringLiteral("NorvikPlayer/Quit Norvik Player"), [this]() { quit(); }},
+        {QStringLiteral("File/Quit"), [this]() { quit(); }},
         {QStringLiteral("File/Open…"), [this]() { addToLibrary(); }},
         {QStringLiteral("File/New Playlist"), [this]() { m_pane->addPlaylistWithItems({}); }},
         {QStringLiteral("File/New Smart Playlist…"), [this]() { m_pane->addSmartList(); }},

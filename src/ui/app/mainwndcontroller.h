@@ -47,6 +47,19 @@ public:
     void importFiles(const QStringList &paths, const QString &playlistUUID, bool autoplay);
     ZBLibraryPane *libraryPane() const { return m_pane.get(); }
 
+    // The key codes media keys arrive with (play/pause, fast-forward,
+    // rewind).
+    static constexpr int PlayPauseKey = 0x100A00;
+    static constexpr int FastForwardKey = 0x130A00;
+    static constexpr int RewindKey = 0x140A00;
+    void mediaKeyPressed(int keyCode);
+    // Whether quitting may go ahead: asks first while downloads run, unless
+    // told never to.
+    bool applicationShouldTerminate();
+    void quit();
+    // Downloads under way; the quit question depends on it.
+    void setTotalNumberOfDownloads(int count) { m_totalNumberOfDownloads = count; }
+
     // Hands the start screen its texts and the remembered tutorial state.
     void sendFunctionsToTutorial();
     // Flips the remembered tutorial state between "show" and "hide", keeps it
@@ -90,6 +103,9 @@ private:
     std::unique_ptr<ZBLibraryImporter> m_importer;
     std::unique_ptr<ZBLibraryDialogs> m_libraryDialogs;
     std::unique_ptr<ZBLibraryPane> m_pane;
+    // The content mode: 1 a list, 2 search results; 0 and 3 show a web page.
+    int m_mode = 1;
+    int m_totalNumberOfDownloads = 0;
     ZBPlayerPanel *m_playerPanel = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
