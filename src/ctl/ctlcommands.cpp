@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <cmath>
@@ -20,6 +21,7 @@
 #include "engines/mpv/zbmpvengine.h"
 #include "library/zblibrarycontroller.h"
 #include "library/zblibraryimporter.h"
+#include "library/zbplaylistfile.h"
 #include "playback/zbmediaprobe.h"
 #include "playback/zbmediatypes.h"
 #include "playback/zbprojector.h"
@@ -122,6 +124,13 @@ QString ZBCtlCommands::usage()
         "  check                         verify the library file's integrity\n"
         "  import PATH...                add files, and folders at any depth, the way the player does;\n"
         "                                prints how many were added, already there and refused\n"
+        "  export-playlist LIST FILE.nvp [--force]\n"
+        "                                write a list (name or UUID) to a playlist file: a plain playlist\n"
+        "                                with its tracks, a smart list with its filter; --force replaces\n"
+        "                                an existing file\n"
+        "  import-playlist FILE.nvp      create the list a playlist file describes, with its tracks (a\n"
+        "                                track whose path is already in the library is taken as it is);\n"
+        "                                prints the new list's UUID\n"
         "  probe FILE                    the file's type, whether the player takes it, its length and\n"
         "                                whether the video engine can decode it\n"
         "  swf-info FILE                 the header of a Flash movie, or of the movie inside a projector\n"
@@ -161,6 +170,10 @@ int ZBCtlCommands::run(const QString &command, const QStringList &arguments)
         return check(arguments);
     if (command == u"import")
         return importFiles(arguments);
+    if (command == u"export-playlist")
+        return exportPlaylist(arguments);
+    if (command == u"import-playlist")
+        return importPlaylist(arguments);
     if (!needsLibrary(command))
         return runFileCommand(command, arguments, m_out, m_err);
     m_err << "norvikctl: unknown command " << command << "\n\n" << usage();
@@ -382,6 +395,63 @@ int ZBCtlCommands::check(const QStringList &arguments)
         return fail(QStringLiteral("the library file is damaged: %1").arg(verdict));
     m_out << "ok: " << m_library.managedObjectContext()->items().size() << " tracks, "
           << m_library.managedObjectContext()->playlists().size() << " lists\n";
+    return 0;
+}
+
+namespace
+{
+// The playlist file code logs its failures for the player; here the same
+// reason goes to stderr once, as a norvikctl message.
+void quietPlaylistFileLog()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("norvik.playlistfile.warning=false"));
+}
+} // namespace
+
+int ZBCtlCommands::exportPlaylist(const QStringList &arguments)
+{
+    quietPlaylistFileLog();
+    const Options options(arguments, {}, {QStringLiteral("force")});
+    if (!options.error().isEmpty())
+        return fail(options.error());
+    if (options.positional().size() != 2)
+        return fail(QStringLiteral("export-playlist needs LIST and FILE.nvp"));
+    const QString name = options.positional().at(0);
+    const QString path = options.positional().at(1);
+    const ZBPlaylist *playlist = findList(name);
+    if (!playlist)
+        return fail(QStringLiteral("no list named \"%1\"").arg(name));
+    // The window's save panel insists on the extension and asks before
+    // replacing a file; a script gets the same two guards as refusals.
+    if (QFileInfo(path).suffix().compare(ZBPlaylistFile::Extension, Qt::CaseInsensitive) != 0)
+        return fail(QStringLiteral("a playlist file's name ends in .%1: \"%2\"").arg(ZBPlaylistFile::Extension, path));
+    if (QFileInfo(path).isDir())
+        return fail(QStringLiteral("\"%1\" is a folder").arg(path));
+    if (QFileInfo::exists(path) && !options.has(QStringLiteral("force")))
+        return fail(QStringLiteral("\"%1\" exists; add --force to replace it").arg(path));
+    QString error;
+    if (!ZBPlaylistFile::exportPlaylist(m_library, playlist, path, &error))
+        return fail(QStringLiteral("the playlist file was not written: %1").arg(error));
+    return 0;
+}
+
+int ZBCtlCommands::importPlaylist(const QStringList &arguments)
+{
+    quietPlaylistFileLog();
+    if (arguments.size() != 1)
+        return fail(QStringLiteral("import-playlist needs one FILE.nvp"));
+    const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(m_library, arguments.first());
+    for (const QString &note : result.notes)
+        m_err << "norvikctl: warning: " << note << '\n';
+    if (!result.succeeded())
+    {
+        // An unreadable file's message names the file already.
+        const QString why = result.unreadable ? result.error
+                                              : QStringLiteral("%1: %2").arg(arguments.first(), result.error);
+        return fail(QStringLiteral("the playlist was not imported, nothing was added: %1").arg(why));
+    }
+    m_err.flush();
+    m_out << result.playlistUUID << '\n';
     return 0;
 }
 

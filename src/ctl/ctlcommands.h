@@ -32,6 +32,8 @@ private:
     int query(const QStringList &arguments);
     int check(const QStringList &arguments);
     int importFiles(const QStringList &arguments);
+    int exportPlaylist(const QStringList &arguments);
+    int importPlaylist(const QStringList &arguments);
     static int probe(const QStringList &arguments, QTextStream &out, QTextStream &err);
     static int swfInfo(const QStringList &arguments, QTextStream &out, QTextStream &err);
     static int snapshot(const QStringList &arguments, QTextStream &out, QTextStream &err);
