@@ -25,6 +25,8 @@
 #include "engines/unsupported/zbunsupportedengine.h"
 #include "library/zblibrarycontroller.h"
 #include "library/zblibraryimporter.h"
+#include "library/zbplaylist.h"
+#include "library/zbplaylistfile.h"
 #include "localization/zblocalizer.h"
 #include "localization/zbmainmenudefinition.h"
 #include "playback/zbmediatypes.h"
@@ -261,7 +263,63 @@ void MainWndController::playRow(int row)
 
 void MainWndController::openFiles(const QStringList &paths)
 {
-    importFiles(paths, QString(), true);
+    // Playlist files become playlists; they play nothing.
+    QStringList media;
+    for (const QString &path : paths)
+    {
+        if (QFileInfo(path).suffix().compare(ZBPlaylistFile::Extension, Qt::CaseInsensitive) == 0)
+            importPlaylistFile(path);
+        else
+            media << path;
+    }
+    importFiles(media, QString(), true);
+}
+
+void MainWndController::importPlaylistFile(const QString &path)
+{
+    const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, path);
+    if (!result.error.isEmpty())
+        qWarning().noquote() << "Cannot import the playlist" << path << ":" << result.error;
+    // An unreadable file is reported twice, as the player always has.
+    for (int i = 0; i < result.errorAlertCount(); ++i)
+    {
+        QMessageBox box(QMessageBox::Warning,
+                        ZBLocalizer::localizedStringForKey(ZBPlaylistFile::ImportErrorTitleKey),
+                        ZBLocalizer::localizedStringForKey(ZBPlaylistFile::ImportErrorTitleKey), QMessageBox::NoButton,
+                        m_window.get());
+        box.setInformativeText(ZBLocalizer::localizedStringForKey(ZBPlaylistFile::ImportErrorInfoKey));
+        box.addButton(ZBLocalizer::localizedStringForKey(ZBPlaylistFile::ImportErrorButtonKey), QMessageBox::AcceptRole);
+        box.exec();
+    }
+    if (!result.succeeded())
+        return;
+    m_pane->reloadTree();
+    m_pane->selectList(result.playlistUUID);
+}
+
+void MainWndController::importPlaylist()
+{
+    const QString path = QFileDialog::getOpenFileName(
+        m_window.get(), ZBLocalizer::localizedStringForKey(ZBPlaylistFile::OpenPanelTitleKey), QString(),
+        QStringLiteral("*.%1").arg(ZBPlaylistFile::Extension));
+    if (!path.isEmpty())
+        importPlaylistFile(path);
+}
+
+void MainWndController::exportPlaylist()
+{
+    const ZBPlaylist *playlist = m_library->getPlaylistsFromLibraryByUUID(m_pane->selectedListUUID());
+    if (!playlist)
+        return;
+    const QString path = QFileDialog::getSaveFileName(
+        m_window.get(), ZBLocalizer::localizedStringForKey(ZBPlaylistFile::SavePanelTitleKey),
+        QDir::home().filePath(ZBPlaylistFile::proposedFileName(playlist)),
+        QStringLiteral("*.%1").arg(ZBPlaylistFile::Extension));
+    if (path.isEmpty())
+        return;
+    QString error;
+    if (!ZBPlaylistFile::exportPlaylist(*m_library, playlist, path, &error))
+        qWarning().noquote() << "Cannot export the playlist to" << path << ":" << error;
 }
 
 bool MainWndController::applicationShouldTerminate()
@@ -380,6 +438,8 @@ void MainWndController::buildMainMenu()
         {QStringLiteral("File/New Playlist from Selection"), [this]() { m_pane->createPlaylistFromSelection(); }},
         {QStringLiteral("File/Edit Playlist"), [this]() { m_pane->editSmartList(); }},
         {QStringLiteral("File/Delete Playlist"), [this]() { m_pane->removeSelectedList(); }},
+        {QStringLiteral("File/Import Playlist…"), [this]() { importPlaylist(); }},
+        {QStringLiteral("File/Export Playlist…"), [this]() { exportPlaylist(); }},
         {QStringLiteral("Edit/Delete"), [this]() { m_pane->removeSelectedTracks(); }},
         {QStringLiteral("Edit/Select All"), [this]() { m_trackTable->selectAll(); }},
         {QStringLiteral("Edit/Find"), [this]() { m_pane->focusSearch(); }},

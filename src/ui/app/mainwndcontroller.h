@@ -46,6 +46,9 @@ public:
     // plays when `autoplay` and the setting say so.
     void importFiles(const QStringList &paths, const QString &playlistUUID, bool autoplay);
     ZBLibraryPane *libraryPane() const { return m_pane.get(); }
+    // A playlist file becomes a playlist, shown at once; a file that cannot
+    // be read is reported.
+    void importPlaylistFile(const QString &path);
 
     // The key codes media keys arrive with (play/pause, fast-forward,
     // rewind).
@@ -81,6 +84,8 @@ private:
     bool openLibrary();
     void buildMainMenu();
     void addToLibrary();
+    void importPlaylist();
+    void exportPlaylist();
     // Saves a copy of the playing track; a projector becomes its plain movie.
     void saveAs();
     void buildPlayerWindow();

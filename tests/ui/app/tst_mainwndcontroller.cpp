@@ -7,10 +7,14 @@
 #include <QStandardPaths>
 #include <QTableView>
 #include <QLineEdit>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTreeView>
 
 #include "library/zblibrarycontroller.h"
+#include "library/zbplaylist.h"
+#include "library/zbplaylistfile.h"
+#include "ui/library/zblibrarypane.h"
 #include "settings/zbsettings.h"
 #include "support/mediafactory.h"
 #include "support/flashtestmain.h"
@@ -143,6 +147,57 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
         QCOMPARE(controller.playback()->playingItem()->Path(), other);
         QVERIFY(controller.window()->windowTitle().contains(controller.playback()->playingItem()->Name()));
+    }
+
+    void mediaKeysAndPlaylistFiles()
+    {
+        if (!nvktest::MediaFactory::isAvailable())
+            QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
+        QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)).removeRecursively();
+        const QString first = nvktest::MediaFactory::clip(QStringLiteral("mp4"));
+        const QString second = nvktest::MediaFactory::clip(QStringLiteral("avi"));
+        QVERIFY(!first.isEmpty() && !second.isEmpty());
+
+        MainWndController controller;
+        QVERIFY(controller.start());
+        controller.openFiles({first, second});
+        QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
+        ZBItem *playing = controller.playback()->playingItem();
+        // Whichever row it plays in, the next one exists.
+        controller.playback()->setRepeat(ZBPlaySequencer::RepeatAll);
+        controller.mediaKeyPressed(MainWndController::FastForwardKey);
+        QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->playingItem() && controller.playback()->playingItem() != playing,
+                                 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
+        controller.mediaKeyPressed(MainWndController::PlayPauseKey);
+        QVERIFY(!controller.playback()->isPlaying());
+        controller.mediaKeyPressed(MainWndController::PlayPauseKey);
+        QTRY_VERIFY(controller.playback()->isPlaying());
+        // Any other code is not a media key.
+        controller.mediaKeyPressed(0x150A00);
+        QVERIFY(controller.playback()->isPlaying());
+        controller.mediaKeyPressed(MainWndController::RewindKey);
+        QTRY_COMPARE_WITH_TIMEOUT(controller.playback()->playingItem(), playing, 10000);
+        controller.playback()->setRepeat(ZBPlaySequencer::RepeatNone);
+        controller.playback()->stopPlayback();
+
+        // A playlist file opened with the program becomes a list, shown, and
+        // plays nothing.
+        ZBPlaylist *all = controller.library()->getPlaylistsFromLibraryByUUID(controller.library()->allTracksUUID());
+        const QString list = controller.library()->addPlaylistToLibraryByName(QStringLiteral("Shared"),
+                                                                              QStringLiteral("Name"), true, 200);
+        ZBPlaylist *shared = controller.library()->getPlaylistsFromLibraryByUUID(list);
+        for (ZBItem *item : controller.library()->getItemsFromPlaylist(all))
+            controller.library()->addItemWithUUID(item->ItemUUID(), shared);
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("shared.nvp"));
+        QVERIFY(ZBPlaylistFile::exportPlaylist(*controller.library(), shared, file));
+        controller.openFiles({file});
+        const QString imported = controller.libraryPane()->selectedListUUID();
+        QVERIFY(imported != list);
+        QCOMPARE(controller.library()->getPlaylistsFromLibraryByUUID(imported)->Name(), QStringLiteral("Shared"));
+        QCOMPARE(controller.trackModel()->rowCount(), 2);
+        QVERIFY(!controller.playback()->isPlaying());
     }
 };
 
