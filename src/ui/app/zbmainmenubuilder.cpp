@@ -24,6 +24,9 @@ void addEntries(QMenu *menu, const QList<ZBMenuEntry> &entries, const QString &p
             continue;
         }
         QAction *action = menu->addAction(entry.title);
+        // Commands are validated by their tag.
+        if (entry.tag != 0)
+            action->setData(entry.tag);
         actions.insert(itemPath, action);
         const auto command = commands.constFind(itemPath);
         if (command == commands.cend())

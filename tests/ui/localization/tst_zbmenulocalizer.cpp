@@ -45,6 +45,7 @@ private Q_SLOTS:
 
     void mainMenuBarInGerman();
     void mainMenuBarInEnglishKeepsItsTitles();
+    void commandTagsAreOnTheirItems();
     void applicationMenuOnARealMenuBar();
     void untitledMenuIsNotVisited();
     void nestedSubmenuKeys();
@@ -62,6 +63,30 @@ void TestZBMenuLocalizer::cleanup()
 {
     ZBLocalizer::setResourceRoot(QString());
     ZBLocalizer::setLanguage(QString());
+}
+
+void TestZBMenuLocalizer::commandTagsAreOnTheirItems()
+{
+    QMenuBar menuBar;
+    const QHash<QString, QAction *> actions = ZBMainMenuBuilder::build(&menuBar, ZBMainMenuDefinition::mainMenu(), {});
+    QHash<int, QString> byTag;
+    for (auto it = actions.cbegin(); it != actions.cend(); ++it)
+    {
+        const int tag = it.value()->data().toInt();
+        if (tag == 0)
+            continue;
+        // One item per command.
+        QVERIFY2(!byTag.contains(tag), qPrintable(QStringLiteral("%1 on %2 and %3").arg(tag).arg(byTag.value(tag), it.key())));
+        byTag.insert(tag, it.key());
+    }
+    // The commands whose titles follow the state, and the rating stars.
+    QCOMPARE(byTag.value(401), QStringLiteral("Playback/Play"));
+    QCOMPARE(byTag.value(701), QStringLiteral("Help/Show Tutorial"));
+    QCOMPARE(byTag.value(305), QStringLiteral("View/Enter Full Screen"));
+    for (int tag = 221; tag <= 225; ++tag)
+        QVERIFY(byTag.value(tag).startsWith(QStringLiteral("Track/Rating/")));
+    QCOMPARE(byTag.value(411), QStringLiteral("Playback/Repeat/None"));
+    QCOMPARE(byTag.value(413), QStringLiteral("Playback/Repeat/One"));
 }
 
 void TestZBMenuLocalizer::mainMenuBarInGerman()
