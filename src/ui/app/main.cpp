@@ -1,6 +1,5 @@
 #include <QApplication>
-#include <QFileInfo>
-
+#include <QMainWindow>
 #include <QSocketNotifier>
 
 #include <clocale>
@@ -9,6 +8,7 @@
 
 #include "engines/flash/zbflashview.h"
 #include "ui/app/mainwndcontroller.h"
+#include "ui/app/zbsingleinstance.h"
 
 namespace
 {
@@ -51,15 +51,30 @@ int main(int argc, char *argv[])
 
     quitOnTerminationSignals(app);
 
+    // A second start hands its files and URLs to the running player and
+    // leaves, so the library is never opened twice.
+    const QStringList arguments = app.arguments().mid(1);
+    ZBSingleInstance singleInstance;
+    if (singleInstance.tryToHandOver(arguments))
+        return 0;
+
     MainWndController controller;
     if (!controller.start())
         return 1;
-    QStringList files;
-    for (const QString &argument : app.arguments().mid(1))
-    {
-        if (!argument.startsWith(QLatin1Char('-')))
-            files << QFileInfo(argument).absoluteFilePath();
-    }
-    controller.openFiles(files);
+    controller.openFiles(ZBSingleInstance::normalizedArguments(arguments));
+
+    // What later starts hand over: absolute paths and, as given,
+    // "norvikplayer://" URLs (these go along with the files for now).
+    QObject::connect(&singleInstance, &ZBSingleInstance::argumentsReceived, &controller,
+                     [&controller](const QStringList &received)
+                     {
+                         QMainWindow *window = controller.window();
+                         window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+                         window->show();
+                         window->raise();
+                         window->activateWindow();
+                         controller.openFiles(received);
+                     });
+    singleInstance.listen();
     return app.exec();
 }
