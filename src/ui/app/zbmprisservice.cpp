@@ -1,0 +1,74 @@
+#include "ui/app/zbmprisservice.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+
+#include "ui/app/zbmprisplayeradaptor.h"
+#include "ui/app/zbmprisrootadaptor.h"
+
+ZBMprisService::ZBMprisService(ZBMediaKeyTarget *target, QObject *parent)
+    : QObject(parent)
+    , m_target(target)
+    , m_player(new ZBMprisPlayerAdaptor(this))
+    , m_connection(QString())
+{
+    new ZBMprisRootAdaptor(this);
+    m_announced = snapshot();
+}
+
+ZBMprisService::~ZBMprisService()
+{
+    if (m_serviceName.isEmpty())
+        return;
+    m_connection.unregisterService(m_serviceName);
+    m_connection.unregisterObject(QLatin1String(ObjectPath));
+}
+
+bool ZBMprisService::registerOn(const QDBusConnection &connection)
+{
+    if (!connection.isConnected())
+        return false;
+    QDBusConnection bus = connection;
+    if (!bus.registerObject(QLatin1String(ObjectPath), this, QDBusConnection::ExportAdaptors))
+        return false;
+    QString name = QLatin1String(BusName);
+    if (!bus.registerService(name))
+    {
+        name += QStringLiteral(".instance%1").arg(QCoreApplication::applicationPid());
+        if (!bus.registerService(name))
+        {
+            bus.unregisterObject(QLatin1String(ObjectPath));
+            return false;
+        }
+    }
+    m_connection = bus;
+    m_serviceName = name;
+    m_announced = snapshot();
+    return true;
+}
+
+void ZBMprisService::targetChanged()
+{
+    const Snapshot now = snapshot();
+    QVariantMap changed;
+    if (now.playbackStatus != m_announced.playbackStatus)
+        changed.insert(QStringLiteral("PlaybackStatus"), now.playbackStatus);
+    if (now.metadata != m_announced.metadata)
+        changed.insert(QStringLiteral("Metadata"), now.metadata);
+    if (now.volume != m_announced.volume)
+        changed.insert(QStringLiteral("Volume"), now.volume);
+    m_announced = now;
+    if (changed.isEmpty() || m_serviceName.isEmpty())
+        return;
+
+    QDBusMessage signal =
+        QDBusMessage::createSignal(QLatin1String(ObjectPath), QStringLiteral("org.freedesktop.DBus.Properties"),
+                                   QStringLiteral("PropertiesChanged"));
+    signal << QLatin1String(PlayerInterface) << changed << QStringList();
+    m_connection.send(signal);
+}
+
+ZBMprisService::Snapshot ZBMprisService::snapshot() const
+{
+    return Snapshot{m_player->playbackStatus(), m_player->metadata(), m_player->volume()};
+}
