@@ -61,19 +61,13 @@ int main(int argc, char *argv[])
     MainWndController controller;
     if (!controller.start())
         return 1;
-    controller.openFiles(ZBSingleInstance::normalizedArguments(arguments));
+    controller.openArguments(ZBSingleInstance::normalizedArguments(arguments));
 
-    // What later starts hand over: absolute paths and, as given,
-    // "norvikplayer://" URLs (these go along with the files for now).
+    // What later starts hand over: absolute paths and "norvikplayer://" URLs.
     QObject::connect(&singleInstance, &ZBSingleInstance::argumentsReceived, &controller,
-                     [&controller](const QStringList &received)
-                     {
-                         QMainWindow *window = controller.window();
-                         window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-                         window->show();
-                         window->raise();
-                         window->activateWindow();
-                         controller.openFiles(received);
+                     [&controller](const QStringList &received) {
+                         controller.raiseWindow();
+                         controller.openArguments(received);
                      });
     singleInstance.listen();
     return app.exec();

@@ -1,6 +1,9 @@
 #include "ui/app/mainwndcontroller.h"
 
 #include <QActionGroup>
+#include <QDBusConnection>
+#include <QRegularExpression>
+#include <QUrl>
 #include <QCheckBox>
 #include <QPushButton>
 #include <QApplication>
@@ -33,6 +36,7 @@
 #include "playback/zbprojector.h"
 #include "settings/zbsettings.h"
 #include "ui/app/zbmainmenubuilder.h"
+#include "ui/app/zbmprisservice.h"
 #include "ui/library/zblibrarydialogs.h"
 #include "ui/library/zblibrarypane.h"
 #include "ui/library/zbtracklistmodel.h"
@@ -57,6 +61,7 @@ MainWndController::~MainWndController()
 {
     // The library pane talks to the playback controller, and the controller
     // stops the engines it drives: each must go before what it uses.
+    m_mpris.reset();
     m_pane.reset();
     m_playback.reset();
 }
@@ -79,6 +84,22 @@ bool MainWndController::start()
         m_window->restoreGeometry(frame);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWndController::saveUserDefaults);
     m_window->show();
+    // The desktop's player controls and media keys, when there is a session
+    // bus to offer them on.
+    if (QDBusConnection::sessionBus().isConnected())
+    {
+        m_mpris = std::make_unique<ZBMprisService>(this);
+        if (!m_mpris->registerOn(QDBusConnection::sessionBus()))
+            m_mpris.reset();
+    }
+    if (m_mpris)
+    {
+        const auto changed = [this]() { m_mpris->targetChanged(); };
+        connect(m_playback.get(), &ZBPlaybackController::playingStateChanged, this, changed);
+        connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this, changed);
+        connect(m_playback.get(), &ZBPlaybackController::volumeChanged, this, changed);
+        connect(m_playback.get(), &ZBPlaybackController::trackChanged, this, changed);
+    }
     // The Flash engine compiles in the background once the window is up, so
     // neither start-up nor the first movie waits for it.
     QTimer::singleShot(300, m_flashView, &ZBFlashView::warmUp);
@@ -349,6 +370,88 @@ void MainWndController::quit()
         QCoreApplication::quit();
 }
 
+void MainWndController::openArguments(const QStringList &arguments)
+{
+    QStringList files;
+    for (const QString &argument : arguments)
+    {
+        if (argument.startsWith(QLatin1String("norvikplayer:"), Qt::CaseInsensitive))
+            openURL(argument);
+        else
+            files << argument;
+    }
+    openFiles(files);
+}
+
+void MainWndController::openURL(const QString &url)
+{
+    // The scheme is taken to stand in front; what follows is the address.
+    static const QRegularExpression Scheme(QStringLiteral("^norvikplayer://"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = Scheme.match(url);
+    m_lastURL = QUrl::fromPercentEncoding(url.mid(match.hasMatch() ? match.capturedLength() : 0).toUtf8());
+    raiseWindow();
+    qInfo().noquote() << "Address handed over:" << m_lastURL;
+}
+
+void MainWndController::raiseWindow()
+{
+    const bool wasVisible = m_window->isVisible();
+    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+    if (!wasVisible && !m_playback->isPlaying())
+        m_playerPanel->showLogo();
+}
+
+void MainWndController::stopRequested()
+{
+    m_playback->stopPlayback();
+}
+
+void MainWndController::volumeRequested(int percent)
+{
+    m_playback->volumeAction(std::clamp(percent, 0, 100));
+}
+
+ZBMediaKeyTarget::PlaybackState MainWndController::playbackState() const
+{
+    if (m_playback->isPlaying())
+        return PlaybackState::Playing;
+    return m_playback->playingItem() ? PlaybackState::Paused : PlaybackState::Stopped;
+}
+
+std::optional<ZBMediaKeyTarget::Track> MainWndController::currentTrack() const
+{
+    const ZBItem *item = m_playback->playingItem();
+    if (!item)
+        return std::nullopt;
+    Track track;
+    track.identifier = item->ItemUUID();
+    track.title = item->Name();
+    track.location = item->Path();
+    // Flash movies count frames, which have no length in time.
+    const QString type = item->Type().toLower();
+    if (type != u"swf" && type != u"exe")
+        track.length = item->Length().value_or(0);
+    return track;
+}
+
+double MainWndController::position() const
+{
+    const ZBItem *item = m_playback->playingItem();
+    if (!item || m_playback->currentTime() < 0)
+        return 0;
+    const QString type = item->Type().toLower();
+    return type == u"swf" || type == u"exe" ? 0 : m_playback->currentTime();
+}
+
+int MainWndController::volume() const
+{
+    return m_playback->isMuted() ? 0 : m_playback->volume();
+}
+
 void MainWndController::mediaKeyPressed(int keyCode)
 {
     // A web page on show keeps the keys for itself.
@@ -356,13 +459,13 @@ void MainWndController::mediaKeyPressed(int keyCode)
         return;
     switch (keyCode)
     {
-    case PlayPauseKey:
+    case ZBMediaKeyTarget::PlayPauseKey:
         m_playback->play_video(ZBPlaybackController::Sender::PlayButton);
         break;
-    case FastForwardKey:
+    case ZBMediaKeyTarget::FastForwardKey:
         m_playback->play_next_or_previous(+1);
         break;
-    case RewindKey:
+    case ZBMediaKeyTarget::RewindKey:
         m_playback->play_next_or_previous(-1);
         break;
     default:

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "ui/app/zbmediakeytarget.h"
+
 class QMainWindow;
 class QMenuBar;
 class QTableView;
@@ -13,6 +15,7 @@ class ZBLibraryImporter;
 class ZBLibraryPane;
 class ZBFlashEngine;
 class ZBFlashView;
+class ZBMprisService;
 class ZBMpvEngine;
 class ZBPlaybackController;
 class ZBPlaybackDialogs;
@@ -25,7 +28,7 @@ struct ZBMenuEntry;
 // Coordinates the main window and the objects that own the program's state.
 // It stays thin: the library, the play list and the rest keep their own
 // algorithms and are testable without a window.
-class MainWndController : public QObject
+class MainWndController : public QObject, public ZBMediaKeyTarget
 {
     Q_OBJECT
 
@@ -50,12 +53,26 @@ public:
     // be read is reported.
     void importPlaylistFile(const QString &path);
 
-    // The key codes media keys arrive with (play/pause, fast-forward,
-    // rewind).
-    static constexpr int PlayPauseKey = 0x100A00;
-    static constexpr int FastForwardKey = 0x130A00;
-    static constexpr int RewindKey = 0x140A00;
-    void mediaKeyPressed(int keyCode);
+    // What another start of the program hands over: absolute paths, and
+    // "norvikplayer://" URLs.
+    void openArguments(const QStringList &arguments);
+    // "norvikplayer://<address>": the address the browser is to open.
+    void openURL(const QString &url);
+    QString lastURL() const { return m_lastURL; }
+    // Brings the window up; unless something plays, the start screen shows.
+    void raiseWindow();
+
+    // Media keys and the desktop's player controls.
+    void mediaKeyPressed(int keyCode) override;
+    void stopRequested() override;
+    void raiseRequested() override { raiseWindow(); }
+    void quitRequested() override { quit(); }
+    void openRequested(const QStringList &arguments) override { openArguments(arguments); }
+    void volumeRequested(int percent) override;
+    PlaybackState playbackState() const override;
+    std::optional<Track> currentTrack() const override;
+    double position() const override;
+    int volume() const override;
     // Whether quitting may go ahead: asks first while downloads run, unless
     // told never to.
     bool applicationShouldTerminate();
@@ -111,6 +128,8 @@ private:
     // The content mode: 1 a list, 2 search results; 0 and 3 show a web page.
     int m_mode = 1;
     int m_totalNumberOfDownloads = 0;
+    QString m_lastURL;
+    std::unique_ptr<ZBMprisService> m_mpris;
     ZBPlayerPanel *m_playerPanel = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;

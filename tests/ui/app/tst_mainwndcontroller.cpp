@@ -169,8 +169,12 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->playingItem() && controller.playback()->playingItem() != playing,
                                  10000);
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
+        QCOMPARE(controller.playbackState(), ZBMediaKeyTarget::PlaybackState::Playing);
+        QCOMPARE(controller.currentTrack()->title, controller.playback()->playingItem()->Name());
+        QCOMPARE(controller.currentTrack()->location, controller.playback()->playingItem()->Path());
         controller.mediaKeyPressed(MainWndController::PlayPauseKey);
         QVERIFY(!controller.playback()->isPlaying());
+        QCOMPARE(controller.playbackState(), ZBMediaKeyTarget::PlaybackState::Paused);
         controller.mediaKeyPressed(MainWndController::PlayPauseKey);
         QTRY_VERIFY(controller.playback()->isPlaying());
         // Any other code is not a media key.
@@ -179,7 +183,15 @@ private Q_SLOTS:
         controller.mediaKeyPressed(MainWndController::RewindKey);
         QTRY_COMPARE_WITH_TIMEOUT(controller.playback()->playingItem(), playing, 10000);
         controller.playback()->setRepeat(ZBPlaySequencer::RepeatNone);
-        controller.playback()->stopPlayback();
+        controller.stopRequested();
+        QCOMPARE(controller.playbackState(), ZBMediaKeyTarget::PlaybackState::Stopped);
+        QVERIFY(!controller.currentTrack());
+
+        // An address handed over is the browser's, not a file to import.
+        const int tracks = controller.trackModel()->rowCount();
+        controller.openArguments({QStringLiteral("norvikplayer://http://example.com/a%20b.html")});
+        QCOMPARE(controller.lastURL(), QStringLiteral("http://example.com/a b.html"));
+        QCOMPARE(controller.trackModel()->rowCount(), tracks);
 
         // A playlist file opened with the program becomes a list, shown, and
         // plays nothing.
