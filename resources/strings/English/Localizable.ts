@@ -773,6 +773,18 @@ The damaged file was kept unchanged as:
         <translation>Rule %1: “%2” is not a valid pattern (“%3” compares the whole text with a regular expression).</translation>
     </message>
     <message>
+        <source>SmartListWindow_ChooseDate</source>
+        <translation>Choose a date</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_DatePlaceholder</source>
+        <translation>yyyy-mm-dd</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorDate</source>
+        <translation>Rule %1: “%2” is not a date. Write it as year-month-day, for example %3.</translation>
+    </message>
+    <message>
         <source>SwitchToDownloadMode</source>
         <translation>Show Browser</translation>
     </message>

@@ -773,6 +773,18 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
         <translation>Regel %1: „%2“ ist kein gültiges Muster („%3“ vergleicht den ganzen Text mit einem regulären Ausdruck).</translation>
     </message>
     <message>
+        <source>SmartListWindow_ChooseDate</source>
+        <translation>Datum auswählen</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_DatePlaceholder</source>
+        <translation>jjjj-mm-tt</translation>
+    </message>
+    <message>
+        <source>SmartListWindow_ErrorDate</source>
+        <translation>Regel %1: „%2“ ist kein Datum. Schreiben Sie es als Jahr-Monat-Tag, zum Beispiel %3.</translation>
+    </message>
+    <message>
         <source>SwitchToDownloadMode</source>
         <translation>Browser anzeigen</translation>
     </message>
