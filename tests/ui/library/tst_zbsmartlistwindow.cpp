@@ -216,7 +216,7 @@ void TestZBSmartListWindow::typeRowOffersMediaTypesWithoutCompleting()
     row->typeBox()->setCurrentIndex(row->typeBox()->findText(QStringLiteral("swf")));
     QCOMPARE(window.generatePredicate(), QStringLiteral("(Type MATCHES[CD] 'swf')"));
 
-    // A typed part of a type stays a part: "fl" must not become "flv". Only
+    // A typed prefix stays as typed: "fl" must not become "flv". Only
     // a focused field completes, hence the focus.
     QVERIFY(choose(row->operatorBox(), Rules::TextBeginsWith));
     row->typeBox()->setFocus();
@@ -318,7 +318,7 @@ void TestZBSmartListWindow::dateRowFromCalendar()
     QTRY_VERIFY(!row->calendar()->isVisible());
     QCOMPARE(row->dateEdit()->text(), QStringLiteral("2024-03-01"));
     QCOMPARE(window.generatePredicate(), QStringLiteral("(Added < %1)").arg(dateLiteral(QDate(2024, 3, 1))));
-    // Choosing a day ends the calendar's part; the window stays open.
+    // Choosing a day closes only the calendar; the window stays open.
     QVERIFY(window.isVisible());
 }
 
