@@ -17,6 +17,7 @@
 #include "localization/zblocalizer.h"
 #include "strings/zbstringdateadditions.h"
 #include "strings/zbstringformsize.h"
+#include "ui/library/zbsmartlistwindow.h"
 
 namespace
 {
@@ -63,9 +64,17 @@ ZBLibraryUi::FilesAnswer ZBLibraryDialogs::askAboutFiles()
 
 std::optional<ZBLibraryUi::SmartList> ZBLibraryDialogs::editSmartList(const QString &name, const QString &request)
 {
-    Q_UNUSED(name)
-    Q_UNUSED(request)
-    return std::nullopt;
+    ZBSmartListWindow editor(m_window);
+    editor.setAddOrEdit(request.isEmpty());
+    editor.setPlayListName(name);
+    // Rules the editor cannot show (written by hand elsewhere) start it
+    // afresh rather than show something else than the list does.
+    if (request.isEmpty() || !editor.fillRules(request))
+        editor.setDefaultPredicate();
+    editor.exec();
+    if (editor.predicate().isEmpty())
+        return std::nullopt;
+    return SmartList{editor.playListName(), editor.predicate()};
 }
 
 void ZBLibraryDialogs::showInfo(ZBItem *item, const QString &formatSummary)
