@@ -39,6 +39,7 @@
 #include "ui/app/zbmprisservice.h"
 #include "ui/library/zblibrarydialogs.h"
 #include "ui/library/zblibrarypane.h"
+#include "ui/library/zblibrarytreemodel.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/localization/zbmenulocalizer.h"
 #include "ui/playback/zblogoview.h"
@@ -212,17 +213,7 @@ bool MainWndController::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched != m_window.get())
         return QObject::eventFilter(watched, event);
-    const auto localFiles = [](const QMimeData *data) {
-        QStringList paths;
-        if (!data || !data->hasUrls())
-            return paths;
-        for (const QUrl &url : data->urls())
-        {
-            if (url.isLocalFile())
-                paths << url.toLocalFile();
-        }
-        return paths;
-    };
+    const auto localFiles = &ZBLibraryTreeModel::localFiles;
     if (event->type() == QEvent::Close && !applicationShouldTerminate())
     {
         // Closing the window quits, and is held back the same way.

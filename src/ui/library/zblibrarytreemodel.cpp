@@ -35,6 +35,24 @@ void ZBLibraryTreeModel::reloadLastDownloadsCounters()
         Q_EMIT dataChanged(index(0, 0, downloads), index(rows - 1, 0, downloads), {Qt::DisplayRole, CountRole});
 }
 
+QStringList ZBLibraryTreeModel::localFiles(const QMimeData *data)
+{
+    QStringList paths;
+    if (!data || !data->hasUrls())
+        return paths;
+    for (const QUrl &url : data->urls())
+    {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    return paths;
+}
+
+QStringList ZBLibraryTreeModel::trackUUIDs(const QMimeData *data)
+{
+    return data ? QString::fromUtf8(data->data(TracksMimeType)).split(u'\n', Qt::SkipEmptyParts) : QStringList();
+}
+
 ZBNode *ZBLibraryTreeModel::nodeAt(const QModelIndex &index) const
 {
     return index.isValid() ? static_cast<ZBNode *>(index.internalPointer()) : nullptr;
@@ -181,17 +199,10 @@ bool ZBLibraryTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction acti
     const QString uuid = nodeAt(parent)->playlistUUID();
     if (data->hasFormat(TracksMimeType))
     {
-        const QStringList tracks =
-            QString::fromUtf8(data->data(TracksMimeType)).split(u'\n', Qt::SkipEmptyParts);
-        Q_EMIT tracksDropped(tracks, uuid);
+        Q_EMIT tracksDropped(trackUUIDs(data), uuid);
         return true;
     }
-    QStringList paths;
-    for (const QUrl &url : data->urls())
-    {
-        if (url.isLocalFile())
-            paths << url.toLocalFile();
-    }
+    const QStringList paths = localFiles(data);
     if (paths.isEmpty())
         return false;
     Q_EMIT filesDropped(paths, uuid);

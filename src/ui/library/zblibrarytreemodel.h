@@ -26,6 +26,11 @@ public:
 
     explicit ZBLibraryTreeModel(ZBLibraryController &library, QObject *parent = nullptr);
 
+    // What a drag carries: the local files among its URLs, and the tracks
+    // dragged from the track table. Every drop target reads them here.
+    static QStringList localFiles(const QMimeData *data);
+    static QStringList trackUUIDs(const QMimeData *data);
+
     ZBLibraryTree &tree() { return m_tree; }
     // Saves the store and reads the tree again from it.
     void reloadTree();

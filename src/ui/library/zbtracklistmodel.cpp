@@ -275,8 +275,7 @@ bool ZBTrackListModel::dropMimeData(const QMimeData *data, Qt::DropAction action
     if (data->hasFormat(ZBLibraryTreeModel::TracksMimeType))
     {
         ZBItemList moving;
-        for (const QString &uuid :
-             QString::fromUtf8(data->data(ZBLibraryTreeModel::TracksMimeType)).split(u'\n', Qt::SkipEmptyParts))
+        for (const QString &uuid : ZBLibraryTreeModel::trackUUIDs(data))
         {
             for (ZBItem *item : std::as_const(m_tracks))
             {
@@ -294,12 +293,7 @@ bool ZBTrackListModel::dropMimeData(const QMimeData *data, Qt::DropAction action
         // to elsewhere.
         return false;
     }
-    QStringList paths;
-    for (const QUrl &url : data->urls())
-    {
-        if (url.isLocalFile())
-            paths << url.toLocalFile();
-    }
+    const QStringList paths = ZBLibraryTreeModel::localFiles(data);
     if (paths.isEmpty())
         return false;
     Q_EMIT filesDropped(paths);
