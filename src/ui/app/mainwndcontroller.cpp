@@ -530,7 +530,8 @@ void MainWndController::buildMainMenu()
         {QStringLiteral("File/New Playlist"), [this]() { m_pane->addPlaylistWithItems({}); }},
         {QStringLiteral("File/New Smart Playlist…"), [this]() { m_pane->addSmartList(); }},
         {QStringLiteral("File/New Playlist from Selection"), [this]() { m_pane->createPlaylistFromSelection(); }},
-        {QStringLiteral("File/Edit Playlist"), [this]() { m_pane->editSmartList(); }},
+        {QStringLiteral("File/Edit Playlist"), [this]() { m_pane->editSelectedList(); }},
+        {QStringLiteral("Track/Show Playing Track"), [this]() { m_pane->showPlayingTrack(); }},
         {QStringLiteral("File/Delete Playlist"), [this]() { m_pane->removeSelectedList(); }},
         {QStringLiteral("File/Import Playlist…"), [this]() { importPlaylist(); }},
         {QStringLiteral("File/Export Playlist…"), [this]() { exportPlaylist(); }},
@@ -576,6 +577,24 @@ void MainWndController::buildMainMenu()
     shortcut("Edit/Select All", QKeySequence::SelectAll);
     shortcut("Track/Get Info", QKeySequence(Qt::CTRL | Qt::Key_I));
     shortcut("Track/Show in File Manager", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
+
+    // The optional columns of the track table, shown or hidden from here as
+    // well as from the header's own menu.
+    const QList<std::pair<const char *, const char *>> columns = {
+        {"Type", "Type"},           {"Path", "Path"},        {"Time", "Length"},          {"Rating", "Rating"},
+        {"Plays", "PlayCount"},     {"Date Added", "Added"}, {"Last Played", "LastPlayed"},
+    };
+    for (const auto &[title, key] : columns)
+    {
+        QAction *action = actions.value(QStringLiteral("View/Columns/") + QLatin1String(title));
+        const int column = ZBTrackListModel::columnOf(QLatin1String(key));
+        if (!action || column < 0)
+            continue;
+        action->setEnabled(true);
+        action->setCheckable(true);
+        action->setChecked(!m_trackTable->isColumnHidden(column));
+        connect(action, &QAction::toggled, this, [this, column](bool shown) { m_trackTable->setColumnHidden(column, !shown); });
+    }
 
     // Repeat is one of three; shuffle is on or off. Both show the settings.
     auto *repeatGroup = new QActionGroup(m_window.get());

@@ -395,6 +395,32 @@ void ZBLibraryPane::renameSelectedList()
         m_sourceList->edit(index);
 }
 
+void ZBLibraryPane::editSelectedList()
+{
+    if (m_treeModel->tree().isSmartList(m_treeModel->tree().nodeForPlaylist(m_selectedListUUID)))
+        editSmartList();
+    else
+        renameSelectedList();
+}
+
+void ZBLibraryPane::showPlayingTrack()
+{
+    ZBItem *playing = m_playback.playingItem();
+    if (!playing)
+        return;
+    if (m_trackModel->rowOf(playing) < 0)
+    {
+        m_searchField->clear();
+        const QString source = m_playback.playbackSourceUUID();
+        selectList(source.isEmpty() ? m_library.allTracksUUID() : source);
+    }
+    const int row = m_trackModel->rowOf(playing);
+    if (row < 0)
+        return;
+    m_trackTable->selectRow(row);
+    m_trackTable->scrollTo(m_trackModel->index(row, 0));
+}
+
 void ZBLibraryPane::removeSelectedList()
 {
     ZBLibraryTree &tree = m_treeModel->tree();

@@ -61,6 +61,10 @@ public:
     void addSmartList();
     void editSmartList();
     void renameSelectedList();
+    // A smart list opens the rule editor; a plain one is renamed in place.
+    void editSelectedList();
+    // Selects the playing track's row, showing its list first if needed.
+    void showPlayingTrack();
     void removeSelectedList();
     void removeSelectedTracks();
     void setRating(int stars);

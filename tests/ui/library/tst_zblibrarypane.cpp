@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QFile>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -74,6 +75,7 @@ private Q_SLOTS:
     void removingAListAsksWhenItHoldsTracks();
     void smartListsThroughTheEditor();
     void renameInPlaceOnlyForUserLists();
+    void editOpensTheEditorOrTheNameField();
     void searchFiltersAndClears();
     void ratingsBySetDataAndByClick();
     void infoAndFileManagerFollowTheSelection();
@@ -373,6 +375,26 @@ void TestZBLibraryPane::renameInPlaceOnlyForUserLists()
     QVERIFY(!model->setData(model->indexForPlaylist(uuid), QStringLiteral("  ")));
     QVERIFY(!model->setData(model->indexForPlaylist(m_library->allTracksUUID()), QStringLiteral("Everything")));
     QCOMPARE(listNames(1), QStringList{"Road trip"});
+}
+
+void TestZBLibraryPane::editOpensTheEditorOrTheNameField()
+{
+    m_pane->sourceList()->show();
+    m_pane->addPlaylistWithItems({});
+    // A new playlist's name is open for typing at once.
+    QTRY_VERIFY(m_pane->sourceList()->findChild<QLineEdit *>());
+    m_pane->sourceList()->setFocus();
+    QTest::keyClick(m_pane->sourceList()->findChild<QLineEdit *>(), Qt::Key_Escape);
+    QTRY_VERIFY(!m_pane->sourceList()->findChild<QLineEdit *>() || !m_pane->sourceList()->findChild<QLineEdit *>()->isVisible());
+    m_pane->editSelectedList();
+    QTRY_VERIFY(m_pane->sourceList()->findChild<QLineEdit *>() && m_pane->sourceList()->findChild<QLineEdit *>()->isVisible());
+    QVERIFY(m_ui->editorOpened.isEmpty());
+
+    m_ui->smartList = ZBLibraryUi::SmartList{QStringLiteral("Short"), QStringLiteral("Length < 100")};
+    m_pane->addSmartList();
+    m_pane->editSelectedList();
+    QCOMPARE(m_ui->editorOpened.size(), 2);
+    QCOMPARE(m_ui->editorOpened.last(), QStringLiteral("Short|Length < 100"));
 }
 
 void TestZBLibraryPane::searchFiltersAndClears()
