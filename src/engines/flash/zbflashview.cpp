@@ -92,6 +92,9 @@ QString directoryOf(const QUrl &url)
 
 void ZBFlashView::prepareApplication()
 {
+    // The web engine describes its GL set-up on every start; that is for
+    // whoever debugs it (QT_LOGGING_RULES still turns it back on).
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.info=false"));
     ZBFlashSchemeHandler::registerScheme();
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
