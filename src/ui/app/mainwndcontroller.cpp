@@ -101,9 +101,12 @@ bool MainWndController::start()
         connect(m_playback.get(), &ZBPlaybackController::volumeChanged, this, changed);
         connect(m_playback.get(), &ZBPlaybackController::trackChanged, this, changed);
     }
-    // The Flash engine compiles in the background once the window is up, so
-    // neither start-up nor the first movie waits for it.
-    QTimer::singleShot(300, m_flashView, &ZBFlashView::warmUp);
+    // The Flash engine is made and compiled in the background once the
+    // window is up, so neither start-up nor the first movie waits for it.
+    QTimer::singleShot(FlashEngineDelayMs, this, [this]() {
+        ensureFlashEngine();
+        m_flashView->warmUp();
+    });
     return true;
 }
 
@@ -148,16 +151,8 @@ void MainWndController::buildPlayerWindow()
     m_silverlightEngine = std::make_unique<ZBUnsupportedEngine>(
         ZBPlaybackEngine::Silverlight, ZBLocalizer::localizedStringForKey(QStringLiteral("silverlightUnsupported")));
     m_playback->setEngine(ZBPlaybackEngine::Silverlight, m_silverlightEngine.get());
-    m_flashView = new ZBFlashView;
-    m_flashView->setFlashBackgroundColor(Qt::black);
-    m_flashEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashMovie, m_flashView);
-    m_flvEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashVideo, m_flashView);
-    m_playback->setEngine(ZBPlaybackEngine::FlashMovie, m_flashEngine.get());
-    m_playback->setEngine(ZBPlaybackEngine::FlashVideo, m_flvEngine.get());
 
     m_playerPanel = new ZBPlayerPanel(m_playback.get());
-    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashMovie, m_flashView);
-    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashVideo, m_flashView);
     m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
     m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
     connect(m_playerPanel->logoView(), &ZBLogoView::tutorialToggled, this, &MainWndController::showHideTutorial);
@@ -264,8 +259,24 @@ void MainWndController::reloadTrackList()
     m_pane->reloadNode();
 }
 
+void MainWndController::ensureFlashEngine()
+{
+    if (m_flashView)
+        return;
+    m_flashView = new ZBFlashView;
+    m_flashView->setFlashBackgroundColor(Qt::black);
+    m_flashEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashMovie, m_flashView);
+    m_flvEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashVideo, m_flashView);
+    m_playback->setEngine(ZBPlaybackEngine::FlashMovie, m_flashEngine.get());
+    m_playback->setEngine(ZBPlaybackEngine::FlashVideo, m_flvEngine.get());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashMovie, m_flashView);
+    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashVideo, m_flashView);
+}
+
 void MainWndController::playRow(int row)
 {
+    // Whatever the row holds, its engine must exist before it plays.
+    ensureFlashEngine();
     if (row < 0)
         return;
     m_trackTable->selectRow(row);

@@ -109,6 +109,10 @@ private:
     void addShortcuts();
     void reloadTrackList();
     void playRow(int row);
+    // The Flash view and its two engines, made on first need: the web engine
+    // behind them costs start-up time the window should not wait for.
+    void ensureFlashEngine();
+    static constexpr int FlashEngineDelayMs = 300;
 
     std::unique_ptr<ZBSettings> m_settings;
     std::unique_ptr<ZBLibraryController> m_library;
