@@ -111,12 +111,12 @@
         send("loadFailed", gen, String(message));
     }
 
-    // Loaded once the engine knows the movie (its metadata) and, for movies
-    // we steer, once our code in it has answered.
+    // Loaded once the engine knows the movie (its metadata) and our code in
+    // it has answered.
     function maybeLoaded(gen) {
         if (gen !== generation || !movie || movie.loaded || !movie.metadata)
             return;
-        if (movie.mode !== "bare" && !movie.ready)
+        if (!movie.ready)
             return;
         movie.loaded = true;
         clearTimeout(loadTimer);
@@ -182,7 +182,7 @@
     }
 
     const nvk = {
-        // o: { generation, url, base, mode: "frames" | "video" | "bare",
+        // o: { generation, url, base, mode: "frames" | "video",
         //      prefix, flashvars, width, height, quality, background,
         //      security, volume, timeoutMs }
         load: function (o) {
@@ -239,8 +239,6 @@
                     movie.width = Number(m.width) || movie.width;
                     movie.height = Number(m.height) || movie.height;
                 }
-                if (movie.mode === "bare")
-                    movie.total = Number(m.numFrames) || 0;
                 maybeLoaded(gen);
             });
             stageElement().appendChild(player);

@@ -347,20 +347,6 @@ bool ZBFlashView::loadFlvAtPath(const QString &path, QString *error)
     return startLoad(Mode::Video, rootUrl, info.absolutePath(), flashvars, QSize());
 }
 
-bool ZBFlashView::loadBareMovie(const QString &path, QString *error)
-{
-    const QFileInfo info(path);
-    if (!info.isFile())
-    {
-        if (error)
-            *error = tr("The file does not exist.");
-        return false;
-    }
-    m_scheme->setPrepared({});
-    return startLoad(Mode::Bare, ZBFlashSchemeHandler::fileUrl(info.absoluteFilePath()), info.absolutePath(), {},
-                     QSize());
-}
-
 bool ZBFlashView::startLoad(Mode mode, const QUrl &rootUrl, const QString &baseDirectory,
                             const QVariantMap &flashvars, QSize size)
 {
@@ -377,10 +363,8 @@ bool ZBFlashView::startLoad(Mode mode, const QUrl &rootUrl, const QString &baseD
     options.insert(QStringLiteral("url"), QString::fromLatin1(rootUrl.toEncoded()));
     options.insert(QStringLiteral("base"),
                    QString(QString::fromLatin1(ZBFlashSchemeHandler::fileUrl(baseDirectory).toEncoded()) + u'/'));
-    options.insert(QStringLiteral("mode"), mode == Mode::Frames  ? QStringLiteral("frames")
-                                           : mode == Mode::Video ? QStringLiteral("video")
-                                                                 : QStringLiteral("bare"));
-    options.insert(QStringLiteral("prefix"), mode == Mode::Bare ? QString() : QString::fromLatin1(CallbackPrefix));
+    options.insert(QStringLiteral("mode"), mode == Mode::Video ? QStringLiteral("video") : QStringLiteral("frames"));
+    options.insert(QStringLiteral("prefix"), QString::fromLatin1(CallbackPrefix));
     options.insert(QStringLiteral("flashvars"), QJsonObject::fromVariantMap(flashvars));
     options.insert(QStringLiteral("width"), size.width());
     options.insert(QStringLiteral("height"), size.height());

@@ -40,10 +40,7 @@ public:
         // A Flash movie, steered frame by frame.
         Frames,
         // An FLV stream in our FLV player movie, steered by time.
-        Video,
-        // A movie loaded as it is, without frame control: for measuring what
-        // the frame control costs.
-        Bare
+        Video
     };
 
     // Leads every name our code adds to a movie or the page.
@@ -69,7 +66,6 @@ public:
     // playable movie; otherwise movieLoaded() or movieLoadFailed() follows.
     bool loadMovie(const QByteArray &data, const QUrl &url, const QUrl &baseUrl, QString *error = nullptr);
     bool loadFlvAtPath(const QString &path, QString *error = nullptr);
-    bool loadBareMovie(const QString &path, QString *error = nullptr);
     void unloadMovie();
 
     Mode mode() const { return m_mode; }
