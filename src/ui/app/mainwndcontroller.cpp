@@ -456,8 +456,9 @@ int MainWndController::volume() const
 
 void MainWndController::mediaKeyPressed(int keyCode)
 {
-    // A web page on show keeps the keys for itself.
-    if (m_mode == 0 || m_mode == 3)
+    // A web page on show (content modes 0 and 3) keeps the keys for itself.
+    const int mode = m_pane->mode();
+    if (mode == 0 || mode == 3)
         return;
     switch (keyCode)
     {

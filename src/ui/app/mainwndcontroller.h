@@ -129,8 +129,6 @@ private:
     std::unique_ptr<ZBLibraryImporter> m_importer;
     std::unique_ptr<ZBLibraryDialogs> m_libraryDialogs;
     std::unique_ptr<ZBLibraryPane> m_pane;
-    // The content mode: 1 a list, 2 search results; 0 and 3 show a web page.
-    int m_mode = 1;
     int m_totalNumberOfDownloads = 0;
     QString m_lastURL;
     std::unique_ptr<ZBMprisService> m_mpris;
