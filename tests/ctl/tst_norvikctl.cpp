@@ -24,13 +24,7 @@ private Q_SLOTS:
 private:
     using Result = nvktest::CtlResult;
     Result ctl(const QStringList &arguments) { return nvktest::runCtl(m_dir->path(), arguments); }
-    QString ok(const QStringList &arguments)
-    {
-        const Result result = ctl(arguments);
-        if (result.code != 0)
-            qWarning() << arguments << result.err;
-        return result.code == 0 ? result.out.trimmed() : QString();
-    }
+    QString ok(const QStringList &arguments) { return nvktest::ctlOutput(m_dir->path(), arguments); }
 
     std::unique_ptr<nvktest::DataDir> m_dir;
 };

@@ -35,4 +35,11 @@ CtlResult runCtl(const QString &dataDir, const QStringList &arguments, int timeo
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
 }
+QString ctlOutput(const QString &dataDir, const QStringList &arguments)
+{
+    const CtlResult result = runCtl(dataDir, arguments);
+    if (result.code != 0)
+        qWarning() << arguments << result.err;
+    return result.code == 0 ? result.out.trimmed() : QString();
+}
 } // namespace nvktest

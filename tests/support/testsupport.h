@@ -34,4 +34,7 @@ struct CtlResult
 
 // Runs norvikctl on the library in `dataDir`, never the user's.
 CtlResult runCtl(const QString &dataDir, const QStringList &arguments, int timeoutMs = 120000);
+// What a run that must succeed printed, trimmed; empty (and the reason
+// logged) when it failed, so the test's comparison fails with it.
+QString ctlOutput(const QString &dataDir, const QStringList &arguments);
 } // namespace nvktest
