@@ -130,9 +130,20 @@ ZBFlashView::ZBFlashView(QWidget *parent)
 
     connect(page, &QWebEnginePage::renderProcessTerminated, this, [this]() { onRendererGone(); });
     connect(page, &QWebEnginePage::loadFinished, this, [this](bool ok) {
-        if (!ok)
-            qCWarning(lcFlash).noquote() << "The Flash host page did not load from"
-                                         << m_scheme->assetDirectoryInUse();
+        if (ok)
+            return;
+        qCWarning(lcFlash).noquote() << "The Flash host page did not load from" << m_scheme->assetDirectoryInUse();
+        // Try again on the next movie; this one cannot start.
+        m_hostRequested = false;
+        m_pendingScripts.clear();
+        if (m_mode != Mode::None && !m_loaded)
+            onLoadFailed(m_generation, tr("The Flash engine's page could not be loaded."));
+    });
+    m_loadGuard.setSingleShot(true);
+    m_loadGuard.setInterval(LoadTimeoutMs + 5000);
+    connect(&m_loadGuard, &QTimer::timeout, this, [this]() {
+        if (m_mode != Mode::None && !m_loaded)
+            onLoadFailed(m_generation, tr("The Flash engine did not start the movie in time."));
     });
 
     connect(m_bridge, &ZBFlashBridge::hostReadyReceived, this, &ZBFlashView::onHostReady);
@@ -185,6 +196,18 @@ ZBFlashView::~ZBFlashView()
 {
     // The page belongs to the profile's lifetime: it must go first.
     delete page();
+}
+
+QString ZBFlashView::missingEngineFiles() const
+{
+    const QDir assets(m_scheme->assetDirectoryInUse());
+    QStringList missing;
+    for (const char *file : {"host.html", "host.js", "schemefetch.js", "ruffle/ruffle.js"})
+    {
+        if (!QFileInfo::exists(assets.filePath(QLatin1String(file))))
+            missing << QLatin1String(file);
+    }
+    return missing.join(QStringLiteral(", "));
 }
 
 void ZBFlashView::ensureHost()
@@ -311,8 +334,11 @@ bool ZBFlashView::loadMovie(const QByteArray &data, const QUrl &url, const QUrl 
     prepared.insert(rootUrl, plan->rootMovie);
     m_scheme->setPrepared(prepared);
     if (!startLoad(Mode::Frames, rootUrl, baseDirectory, plan->flashvars,
-                   QSize(int(std::lround(plan->header.width())), int(std::lround(plan->header.height())))))
+                   QSize(int(std::lround(plan->header.width())), int(std::lround(plan->header.height()))), error))
+    {
+        m_scheme->setPrepared({});
         return false;
+    }
     // The movie's own rate: a host movie may run at another until it has
     // loaded it.
     m_frameRate = plan->header.frameRate;
@@ -344,12 +370,19 @@ bool ZBFlashView::loadFlvAtPath(const QString &path, QString *error)
     flashvars.insert(QStringLiteral("nvkContent"), QString::fromLatin1(QUrl(info.fileName()).toEncoded()));
     flashvars.insert(QStringLiteral("nvkBackground"), m_background.name());
     flashvars.insert(QStringLiteral("nvkRepeat"), m_repeat ? QStringLiteral("1") : QStringLiteral("0"));
-    return startLoad(Mode::Video, rootUrl, info.absolutePath(), flashvars, QSize());
+    return startLoad(Mode::Video, rootUrl, info.absolutePath(), flashvars, QSize(), error);
 }
 
 bool ZBFlashView::startLoad(Mode mode, const QUrl &rootUrl, const QString &baseDirectory,
-                            const QVariantMap &flashvars, QSize size)
+                            const QVariantMap &flashvars, QSize size, QString *error)
 {
+    if (const QString missing = missingEngineFiles(); !missing.isEmpty())
+    {
+        if (error)
+            *error = tr("The Flash engine is not installed: %1 missing from %2.")
+                         .arg(missing, QDir::toNativeSeparators(m_scheme->assetDirectoryInUse()));
+        return false;
+    }
     resetMovieState();
     m_mode = mode;
     ++m_generation;
@@ -373,6 +406,7 @@ bool ZBFlashView::startLoad(Mode mode, const QUrl &rootUrl, const QString &baseD
     options.insert(QStringLiteral("security"), m_security);
     options.insert(QStringLiteral("volume"), m_volume);
     options.insert(QStringLiteral("timeoutMs"), LoadTimeoutMs);
+    m_loadGuard.start();
     runHostScript(scriptCall(QStringLiteral("load"), options));
     return true;
 }
@@ -381,6 +415,7 @@ void ZBFlashView::onLoaded(int generation, double width, double height, double f
 {
     if (generation != m_generation || m_mode == Mode::None || m_loaded)
         return;
+    m_loadGuard.stop();
     m_loaded = true;
     m_playing = true;
     if (width > 0 && height > 0)
@@ -398,6 +433,7 @@ void ZBFlashView::onLoadFailed(int generation, const QString &reason)
 {
     if (generation != m_generation || m_mode == Mode::None)
         return;
+    m_loadGuard.stop();
     qCWarning(lcFlash).noquote() << "The Flash engine refused the movie:" << reason;
     m_mode = Mode::None;
     resetMovieState();
@@ -411,6 +447,7 @@ void ZBFlashView::unloadMovie()
         return;
     m_mode = Mode::None;
     ++m_generation;
+    m_loadGuard.stop();
     resetMovieState();
     m_scheme->setPrepared({});
     if (m_hostRequested)

@@ -8,6 +8,7 @@
 #include <QRect>
 #include <QSize>
 #include <QStringList>
+#include <QTimer>
 #include <QUrl>
 #include <QWebEngineView>
 
@@ -134,7 +135,9 @@ private:
     void ensureHost();
     void runHostScript(const QString &script);
     bool startLoad(Mode mode, const QUrl &rootUrl, const QString &baseDirectory, const QVariantMap &flashvars,
-                   QSize size);
+                   QSize size, QString *error);
+    // Empty when the engine's files are all there; otherwise what is missing.
+    QString missingEngineFiles() const;
     QByteArray hostMovie(const QString &fileName, QString *error);
     void resetMovieState();
     void onHostReady(bool engineScriptLoaded);
@@ -174,5 +177,8 @@ private:
     double m_volume = 1.0;
 
     QElapsedTimer m_loadClock;
+    // The page's own time limit needs the page; this one holds when the page
+    // itself is gone or never came.
+    QTimer m_loadGuard;
     qint64 m_firstFrameMs = -1;
 };

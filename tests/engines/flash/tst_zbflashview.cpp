@@ -67,6 +67,7 @@ private Q_SLOTS:
     void flvStreamsPlayByTime();
     void aLaterLoadSilencesTheEarlierMovie();
     void dragPansAZoomedMovie();
+    void missingEngineFilesAreReported();
     void theMovieKeepsItsBackground_data();
     void theMovieKeepsItsBackground();
 
@@ -417,6 +418,30 @@ void TestZBFlashView::dragPansAZoomedMovie()
     QTRY_COMPARE_WITH_TIMEOUT(m_view->snapshot().pixelColor(probe), nvktest::counterMovieSquareColour(0), 3000);
     m_view->setCanDrag(false);
     m_view->setFitSize();
+}
+
+void TestZBFlashView::missingEngineFilesAreReported()
+{
+    // A build or install that lost the engine's files: every movie is refused
+    // at once, saying what is missing, instead of waiting for a page that
+    // never comes.
+    QTemporaryDir empty;
+    qputenv("NVK_FLASH_DIR", QFile::encodeName(empty.path()));
+    ZBFlashView view;
+    qunsetenv("NVK_FLASH_DIR");
+    CounterMovieOptions options;
+    const QByteArray movie = nvktest::makeCounterMovie(options);
+    const QString path = writeMovie(QStringLiteral("fine.swf"), movie);
+    QString error;
+    QVERIFY(!view.loadMovie(movie, QUrl::fromLocalFile(path), QUrl::fromLocalFile(path), &error));
+    QVERIFY2(error.contains(QStringLiteral("ruffle/ruffle.js")), qPrintable(error));
+    QVERIFY(error.contains(empty.path()));
+
+    ZBFlashEngine engine(ZBPlaybackEngine::FlashMovie, &view);
+    QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
+    engine.load(path);
+    QVERIFY(failed.wait(2000));
+    QVERIFY(failed.first().first().toString().contains(QStringLiteral("not installed")));
 }
 
 void TestZBFlashView::theMovieKeepsItsBackground_data()
