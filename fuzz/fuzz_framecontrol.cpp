@@ -111,7 +111,12 @@ void fuzzWrapper(QByteArrayView bytes)
     const std::optional<ZBSwfHeader::Info> before = ZBSwfHeader::readHeader(bytes);
     const std::optional<ZBSwfHeader::Info> after = ZBSwfHeader::readHeader(*out);
     check(before && after, "a wrapper has a header");
-    check(before->version >= 5 && before->version <= 7, "only versions 5 to 7 are wrapped");
+    // Every ActionScript 1/2 version before the injector's takes the wrapper:
+    // the engine plays versions 1 to 4 through it as well as 5 to 7.
+    check(before->version >= ZBFrameControlWrapper::MinimumVersion &&
+              before->version <= ZBFrameControlWrapper::MaximumVersion &&
+              before->version < ZBFrameControlInjector::MinimumVersion,
+          "only versions before the injector's are wrapped");
     check(after->version == 8 && after->frameCount == 1 && after->signature == "FWS", "a one-frame version 8 host");
     check(after->xMin == before->xMin && after->xMax == before->xMax && after->yMin == before->yMin &&
               after->yMax == before->yMax,
