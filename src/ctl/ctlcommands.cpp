@@ -629,14 +629,25 @@ int ZBCtlCommands::snapshotFlash(const QString &path, int frame, const QString &
                         .arg(path)
                         .arg(view.totalFrames())
                         .arg(view.totalFrames() - 1));
+    bool drawn = false;
+    QObject::connect(&view, &ZBFlashView::frameShown, &view, [&drawn](int, bool ok) { drawn = ok; });
     view.gotoFrame(frame);
-    // The page confirms the frame it stands on; a few more frames of the
-    // page's clock let the engine draw it.
-    if (!waitUntil([&view, frame]() { return view.currentFrame() == frame; }, 10000))
-        return fail(QStringLiteral("the movie did not go to frame %1").arg(frame));
+    // Only the engine's word that it has drawn the frame counts; the frame
+    // it reports is where the movie really stands.
+    if (!waitUntil([&view]() { return !view.isGotoPending(); }, 20000))
+        return fail(failed ? reason : QStringLiteral("the Flash engine did not show frame %1 within 20 seconds").arg(frame));
+    if (!drawn)
+        return fail(QStringLiteral("the Flash engine drew nothing after going to frame %1").arg(frame));
+    if (view.currentFrame() != frame)
+        return fail(QStringLiteral("\"%1\" does not stay on frame %2: its own actions moved it to frame %3")
+                        .arg(path)
+                        .arg(frame)
+                        .arg(view.currentFrame()));
+    // The page has the picture on screen; the view's copy of it arrives with
+    // the next composited frame.
     QElapsedTimer settle;
     settle.start();
-    while (settle.elapsed() < 250)
+    while (settle.elapsed() < 100)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
     const QImage image = view.snapshot();
     if (image.isNull())

@@ -132,11 +132,50 @@
         });
     }
 
+    // A goto lands at once, but the engine draws only when a frame tick runs,
+    // and a paused engine runs none: it would go on showing the old picture.
+    // So the engine runs (the timeline stays where the goto put it) until one
+    // tick has passed since the goto, two animation frames more put that
+    // picture on screen, and only then is the goto reported as shown.
+    function awaitGotoShown(frame, sequence) {
+        const rate = Number((player.metadata || {}).frameRate) || 12;
+        movie.goto = {
+            frame: frame,
+            sequence: sequence,
+            ticks: Number(call("ticks")),
+            drawn: false,
+            deadline: performance.now() + 3000 / Math.max(rate, 0.25) + 1000,
+        };
+        player.play();
+    }
+
+    function checkGoto() {
+        const pending = movie.goto;
+        if (pending.drawn)
+            return;
+        const ticked = Number(call("ticks")) > pending.ticks;
+        if (!ticked && performance.now() < pending.deadline)
+            return;
+        pending.drawn = true;
+        const gen = movie.gen;
+        afterFrames(ticked ? 2 : 0, function () {
+            if (!movie || movie.gen !== gen || movie.goto !== pending)
+                return;
+            movie.goto = null;
+            if (movie.paused)
+                player.pause();
+            const shown = Number(call("currentFrame"));
+            send("frameShown", gen, pending.sequence, pending.frame, shown, ticked);
+        });
+    }
+
     function poll() {
         requestAnimationFrame(poll);
         if (!movie || !movie.loaded || !player)
             return;
         const p = movie.prefix;
+        if (movie.goto)
+            checkGoto();
         try {
             if (movie.mode === "frames") {
                 const frame = Number(player[p + "currentFrame"]());
@@ -202,6 +241,7 @@
                 playing: false,
                 paused: false,
                 heldByGoto: false,
+                goto: null,
                 ready: false,
                 metadata: false,
                 loaded: false,
@@ -290,29 +330,23 @@
                 call("pause");
                 return;
             }
-            player.pause();
+            // A goto being drawn pauses the engine itself once it is shown.
+            if (!movie.goto)
+                player.pause();
         },
-        gotoFrame: function (frame, play) {
-            if (!player || !movie)
+        // `sequence` comes back with frameShown, so the program can tell the
+        // answer to its latest goto from one it has since replaced.
+        gotoFrame: function (frame, play, sequence) {
+            if (!player || !movie || !movie.loaded)
                 return;
             call("gotoFrame", frame, !!play);
             if (play) {
                 movie.heldByGoto = false;
                 movie.paused = false;
-                player.play();
-                return;
+            } else {
+                movie.heldByGoto = true;
             }
-            movie.heldByGoto = true;
-            if (!movie.paused)
-                return;
-            // A paused engine draws nothing: let it run just long enough to
-            // show the frame the timeline now stands on.
-            const gen = movie.gen;
-            player.play();
-            afterFrames(3, function () {
-                if (player && movie && movie.gen === gen && movie.paused)
-                    player.pause();
-            });
+            awaitGotoShown(frame, sequence);
         },
         seek: function (time) {
             call("seek", time);

@@ -26,6 +26,9 @@ class FrameHost {
 	static var clip:MovieClip;
 	static var lastFrame = 0;
 	static var playing = false;
+	// Frame ticks run so far: the engine draws only on a tick, so the page
+	// knows a goto made while paused is on screen once this has moved on.
+	static var tickCount = 0;
 
 	static function main() {
 		var root = flash.Lib.current;
@@ -48,6 +51,7 @@ class FrameHost {
 			ExternalInterface.addCallback(prefix + "play", play);
 			ExternalInterface.addCallback(prefix + "stop", stop);
 			ExternalInterface.addCallback(prefix + "isPlaying", isPlaying);
+			ExternalInterface.addCallback(prefix + "ticks", ticks);
 		}
 
 		root.addEventListener(Event.ENTER_FRAME, onEnterFrame);
@@ -97,6 +101,7 @@ class FrameHost {
 	// The timeline has no "is playing" property, so watch whether the
 	// playhead moved since the previous frame.
 	static function onEnterFrame(_:Event) {
+		tickCount++;
 		if (clip == null)
 			return;
 		var frame = clip.currentFrame;
@@ -151,6 +156,10 @@ class FrameHost {
 
 	static function isPlaying():Bool {
 		return playing;
+	}
+
+	static function ticks():Int {
+		return tickCount;
 	}
 
 	static function fail(message:String) {

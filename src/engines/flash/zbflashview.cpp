@@ -173,6 +173,16 @@ ZBFlashView::ZBFlashView(QWidget *parent)
                 m_playing = playing;
                 Q_EMIT stateChanged();
             });
+    connect(m_bridge, &ZBFlashBridge::frameShownReceived, this,
+            [this](int generation, int sequence, int, int shown, bool drawn) {
+                if (generation != m_generation || !m_loaded || sequence != m_gotoSequence)
+                    return;
+                m_gotoShownSequence = sequence;
+                if (shown >= 0)
+                    m_frame = shown;
+                Q_EMIT frameShown(m_frame, drawn);
+                Q_EMIT stateChanged();
+            });
     connect(m_bridge, &ZBFlashBridge::timeStateReceived, this,
             [this](int generation, double time, double duration, double width, double height, bool playing) {
                 if (generation != m_generation || !m_loaded)
@@ -295,6 +305,8 @@ void ZBFlashView::resetMovieState()
     m_duration = 0;
     m_movieSize = QSize();
     m_firstFrameMs = -1;
+    // A goto into the movie that is gone will never be answered.
+    m_gotoShownSequence = m_gotoSequence;
 }
 
 bool ZBFlashView::loadMovie(const QByteArray &data, const QUrl &url, const QUrl &baseUrl, QString *error)
@@ -478,9 +490,11 @@ void ZBFlashView::gotoFrame(int frame)
     frame = std::clamp(frame, 0, std::max(0, m_totalFrames - 1));
     // Shown at once: the page confirms with the frame it lands on.
     m_frame = frame;
-    runHostScript(QStringLiteral("window.nvk && nvk.gotoFrame(%1, %2);")
+    ++m_gotoSequence;
+    runHostScript(QStringLiteral("window.nvk && nvk.gotoFrame(%1, %2, %3);")
                       .arg(frame)
-                      .arg(m_playing ? QStringLiteral("true") : QStringLiteral("false")));
+                      .arg(m_playing ? QStringLiteral("true") : QStringLiteral("false"))
+                      .arg(m_gotoSequence));
 }
 
 void ZBFlashView::gotoTime(double seconds)

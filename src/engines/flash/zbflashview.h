@@ -81,8 +81,11 @@ public:
     int currentFrame() const { return m_loaded ? m_frame : -1; }
     int totalFrames() const { return m_totalFrames; }
     double frameRate() const { return m_frameRate; }
-    // Stays on the frame unless the movie is playing.
+    // Stays on the frame unless the movie is playing. The frame counts as
+    // current at once; the picture follows, and frameShown() says when.
     void gotoFrame(int frame);
+    // True from a goto until the engine has drawn where it landed.
+    bool isGotoPending() const { return m_gotoSequence != m_gotoShownSequence; }
 
     // Seconds, for FLV streams.
     double currentTime() const { return m_loaded ? m_time : -1; }
@@ -129,6 +132,10 @@ Q_SIGNALS:
     void movieLoadFailed(const QString &reason);
     void firstFrameShown();
     void stateChanged();
+    // The picture of the latest goto is on screen: `frame` is where the movie
+    // stands (a movie's own actions can move it on from where it was sent);
+    // `drawn` is false when the engine drew nothing in time.
+    void frameShown(int frame, bool drawn);
     void invokeFSCommand(const QString &command, const QString &arguments);
 
 private:
@@ -162,6 +169,8 @@ private:
     bool m_loaded = false;
     bool m_playing = false;
     int m_frame = -1;
+    int m_gotoSequence = 0;
+    int m_gotoShownSequence = 0;
     int m_totalFrames = 0;
     double m_frameRate = 0;
     double m_time = -1;

@@ -28,7 +28,8 @@ namespace
 constexpr QByteArrayView Prefix = "__nvk_";
 const QByteArray ContentUrl = "nvk-movie://movie/42.swf";
 
-const QList<QByteArray> CallbackNames = {"currentFrame", "totalFrames", "gotoFrame", "play", "stop", "isPlaying"};
+const QList<QByteArray> CallbackNames = {"currentFrame", "totalFrames", "gotoFrame", "play", "stop", "isPlaying",
+                                         "ticks"};
 
 QByteArray hex(const char *text)
 {
@@ -644,7 +645,7 @@ void TestZBFrameControl::injectedCodeNamesThePrefixedCallbacks()
                                  "gotoAndStop", "createEmptyMovieClip", "onEnterFrame", "call"})
             QVERIFY2(walk.pushedStrings.contains(word), word);
         // Six callbacks, each one addCallback; one ready call.
-        QCOMPARE(walk.pushedStrings.count("addCallback"), 6);
+        QCOMPARE(walk.pushedStrings.count("addCallback"), CallbackNames.size());
         QCOMPARE(walk.pushedStrings.count("call"), 1);
         // No name leaks in from another prefix.
         const QByteArray other = prefix == QByteArrayView("__nvk_") ? "$other9_" : "__nvk_";
@@ -801,6 +802,8 @@ void TestZBFrameControl::injectedCodeSteersTheRoot()
         root->members["_currentframe"] = 1.0; // looped
         world.machine().call(onEnterFrame, probe, {});
         QCOMPARE(world.callback("__nvk_isPlaying"), std::optional<V>(true));
+        // Every tick counts, moved or not: the host waits for one after a goto.
+        QCOMPARE(world.callback("__nvk_ticks"), std::optional<V>(3.0));
 
         // Looping runs frame 1's actions again: the probe and what it knows
         // stay, and ready is not announced twice.
@@ -872,7 +875,7 @@ void TestZBFrameControl::wrapperMatchesTheContentStage()
           QByteArray("MovieClipLoader"), QByteArray("_lockroot"), QByteArray("loadClip"), QByteArray("onLoadInit"),
           QByteArray("addListener")})
         QVERIFY2(walk.pushedStrings.contains(word), word.constData());
-    QCOMPARE(walk.pushedStrings.count("addCallback"), 6);
+    QCOMPARE(walk.pushedStrings.count("addCallback"), CallbackNames.size());
 }
 
 void TestZBFrameControl::wrapperDefaultsToWhite()

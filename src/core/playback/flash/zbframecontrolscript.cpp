@@ -1,5 +1,7 @@
 #include "playback/flash/zbframecontrolscript.h"
 
+#include <utility>
+
 #include "playback/flash/zbavm1assembler.h"
 
 namespace
@@ -103,11 +105,14 @@ void ZBFrameControlScript::registerCallbacks(ZBAvm1Assembler &code, const QByteA
         finishAddCallback();
     }
 
-    ZBAvm1Assembler isPlaying;
-    pushTarget(isPlaying, {});
-    isPlaying.pushString(probeClipName(prefix)).getMember().pushString("p").getMember().returnValue();
-    addCallback(code, prefix + "isPlaying", {}, isPlaying);
-    finishAddCallback();
+    for (const auto &[callback, field] : {std::pair{"isPlaying", "p"}, std::pair{"ticks", "t"}})
+    {
+        ZBAvm1Assembler read;
+        pushTarget(read, {});
+        read.pushString(probeClipName(prefix)).getMember().pushString(field).getMember().returnValue();
+        addCallback(code, prefix + callback, {}, read);
+        finishAddCallback();
+    }
 }
 
 void ZBFrameControlScript::createProbe(ZBAvm1Assembler &code, const QByteArray &prefix, const QByteArray &childClip)
@@ -137,6 +142,8 @@ void ZBFrameControlScript::createProbe(ZBAvm1Assembler &code, const QByteArray &
     code.setMember();
     pushProbe(code);
     code.push({Value::string("p"), Value::boolean(false)}).setMember();
+    pushProbe(code);
+    code.push({Value::string("t"), Value::integer(0)}).setMember();
 
     // probe.onEnterFrame = function() { probe.p = frame != probe.l;
     // probe.l = frame; }
@@ -150,6 +157,12 @@ void ZBFrameControlScript::createProbe(ZBAvm1Assembler &code, const QByteArray &
     onEnterFrame.pushString("l");
     pushFrame(onEnterFrame);
     onEnterFrame.setMember();
+    // probe.t = probe.t + 1: the engine draws only when a frame has run, so
+    // the host counts frames to know a paused goto is on screen.
+    pushProbe(onEnterFrame);
+    onEnterFrame.pushString("t");
+    pushProbe(onEnterFrame);
+    onEnterFrame.pushString("t").getMember().pushInteger(1).add2().setMember();
 
     pushProbe(code);
     code.pushString("onEnterFrame");

@@ -18,9 +18,13 @@ class ZBAvm1Assembler;
 //   isPlaying()          whether the frame changed between the last two
 //                        frame ticks (a stopped or one-frame movie is not
 //                        playing)
+//   ticks()              how many frame ticks the movie has run; the engine
+//                        draws only on a tick, so a goto is on screen once
+//                        this has moved on
 //
 // and then calls the host's <prefix>ready(totalFrames). isPlaying is answered
-// by a probe clip created at ProbeDepth whose onEnterFrame compares frames.
+// by a probe clip created at ProbeDepth whose onEnterFrame compares frames
+// and counts ticks.
 class ZBFrameControlScript
 {
 public:
