@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDBusMessage>
+#include <QMetaObject>
 
 #include "ui/app/zbmprisplayeradaptor.h"
 #include "ui/app/zbmprisrootadaptor.h"
@@ -10,9 +11,9 @@ ZBMprisService::ZBMprisService(ZBMediaKeyTarget *target, QObject *parent)
     : QObject(parent)
     , m_target(target)
     , m_player(new ZBMprisPlayerAdaptor(this))
+    , m_root(new ZBMprisRootAdaptor(this))
     , m_connection(QString())
 {
-    new ZBMprisRootAdaptor(this);
     m_announced = snapshot();
 }
 
@@ -41,6 +42,17 @@ bool ZBMprisService::registerOn(const QDBusConnection &connection)
             return false;
         }
     }
+    // `dbus-send` without --type=method_call (or --print-reply) sends a
+    // signal, not a method call, and desktop scripts and key bindings are
+    // full of such lines. MPRIS defines no signals by these names, so one
+    // that reaches us can only be meant as the command.
+    const auto acceptAsSignals = [&bus, this](const char *interface, std::initializer_list<const char *> members) {
+        for (const char *member : members)
+            bus.connect(QString(), QLatin1String(ObjectPath), QLatin1String(interface), QLatin1String(member), this,
+                        SLOT(commandSentAsSignal(QDBusMessage)));
+    };
+    acceptAsSignals(RootInterface, {"Raise", "Quit"});
+    acceptAsSignals(PlayerInterface, {"Next", "Previous", "Pause", "PlayPause", "Stop", "Play", "OpenUri"});
     m_connection = bus;
     m_serviceName = name;
     m_announced = snapshot();
@@ -66,6 +78,20 @@ void ZBMprisService::targetChanged()
                                    QStringLiteral("PropertiesChanged"));
     signal << QLatin1String(PlayerInterface) << changed << QStringList();
     m_connection.send(signal);
+}
+
+void ZBMprisService::commandSentAsSignal(const QDBusMessage &message)
+{
+    QObject *adaptor = message.interface() == QLatin1String(RootInterface) ? m_root : m_player;
+    const QByteArray member = message.member().toLatin1();
+    const QVariantList arguments = message.arguments();
+    if (member == "OpenUri")
+    {
+        if (arguments.size() == 1 && arguments.first().canConvert<QString>())
+            m_player->OpenUri(arguments.first().toString());
+        return;
+    }
+    QMetaObject::invokeMethod(adaptor, member.constData(), Qt::DirectConnection);
 }
 
 ZBMprisService::Snapshot ZBMprisService::snapshot() const

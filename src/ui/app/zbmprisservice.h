@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QDBusMessage>
 #include <QObject>
 #include <QVariantMap>
 
@@ -42,6 +43,9 @@ public:
     // one PropertiesChanged signal.
     void targetChanged();
 
+private Q_SLOTS:
+    void commandSentAsSignal(const QDBusMessage &message);
+
 private:
     struct Snapshot
     {
@@ -54,6 +58,7 @@ private:
 
     ZBMediaKeyTarget *m_target;
     ZBMprisPlayerAdaptor *m_player;
+    QObject *m_root;
     QDBusConnection m_connection;
     QString m_serviceName;
     Snapshot m_announced;
