@@ -6,9 +6,8 @@
 #include <QUrl>
 
 #include "library/zblibrarycontroller.h"
+#include "library/zbtrackcell.h"
 #include "localization/zblocalizer.h"
-#include "playback/zbprojector.h"
-#include "playback/zbtimedisplay.h"
 #include "strings/zbstringdateadditions.h"
 #include "ui/library/zblibrarytreemodel.h"
 
@@ -150,16 +149,7 @@ QVariant ZBTrackListModel::data(const QModelIndex &index, int role) const
         return date.isValid() ? ZBStringDateAdditions::naturalStringFromDate(date) : QString();
     }
     if (key == u"Length")
-    {
-        const QString type = item->Type().toLower();
-        const qint32 length = item->Length().value_or(0);
-        // Flash content counts frames, not seconds.
-        if (type == u"swf" || type == u"exe" || (type.isEmpty() && ZBProjector::isApplicationFile(item->Path())))
-            return QString::number(length);
-        if (type == u"xap")
-            return ZBLocalizer::localizedStringForKey(QStringLiteral("NA"));
-        return ZBTimeDisplay::clockText(length);
-    }
+        return ZBTrackCell::timeText(*item);
     return item->getUntypedValueByName(key);
 }
 

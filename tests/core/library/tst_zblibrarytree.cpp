@@ -3,6 +3,7 @@
 #include "library/zblibrarycontroller.h"
 #include "library/zblibrarytree.h"
 #include "library/zbplaylist.h"
+#include "library/zbtrackcell.h"
 #include "library/zbtrackremoval.h"
 #include "library/zbtracksearch.h"
 #include "settings/zbsettings.h"
@@ -30,6 +31,8 @@ private Q_SLOTS:
     void searchMatchesNameUrlOrType();
     void removalPlans_data();
     void removalPlans();
+    void timeColumn_data();
+    void timeColumn();
 
 private:
     ZBItem *track(const QString &name, const QString &type, const QString &url = QString(),
@@ -279,6 +282,21 @@ void TestZBLibraryTree::removalPlans()
         b->setIsValid(false);
         QCOMPARE(ZBTrackRemoval::plan(plainPlaylist, viewMode, {a, b}, settings).files, ZBTrackRemoval::FileQuestion::Ask);
     }
+}
+
+void TestZBLibraryTree::timeColumn_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("under an hour") << 3599 << "59:59";
+    QTest::newRow("13 hours wrap") << 46800 << "01:00:00";
+    QTest::newRow("a day") << 86400 << "12:00:00";
+}
+
+void TestZBLibraryTree::timeColumn()
+{
+    QFETCH(int, length);
+    QTEST(ZBTrackCell::clockText(length), "shown");
 }
 
 QTEST_GUILESS_MAIN(TestZBLibraryTree)
