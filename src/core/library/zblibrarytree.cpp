@@ -4,6 +4,7 @@
 
 #include "library/zblibrarycontroller.h"
 #include "library/zbplaylist.h"
+#include "predicate/zbtextfold.h"
 
 namespace
 {
@@ -129,9 +130,11 @@ QString ZBLibraryTree::untitledName(const QString &base, bool forSmartList) cons
         // share its name with any list at all.
         const QList<ZBPlaylist *> lists = forSmartList ? m_library.managedObjectContext()->playlists()
                                                        : m_library.getAllPlaylistsFromLibraryByName(name);
-        return std::any_of(lists.cbegin(), lists.cend(), [&name](const ZBPlaylist *playlist) {
-            // The store's lookup is a pattern match; a name must be equal.
-            return !playlist->isDeleted() && playlist->Name().compare(name, Qt::CaseInsensitive) == 0;
+        // Names are told apart as the store's lookups tell them, ignoring case
+        // and accents; only its wildcards are taken as plain characters.
+        const QString folded = ZBTextFold::fold(name, true, true);
+        return std::any_of(lists.cbegin(), lists.cend(), [&folded](const ZBPlaylist *playlist) {
+            return !playlist->isDeleted() && ZBTextFold::fold(playlist->Name(), true, true) == folded;
         });
     };
     QString name = base;

@@ -118,6 +118,7 @@ void TestZBLibraryTree::untitledNamesCountUp()
     // plain playlist only against the user's.
     QCOMPARE(m_tree->untitledName(QStringLiteral("Video"), true), QStringLiteral("Video 2"));
     QCOMPARE(m_tree->untitledName(QStringLiteral("Video"), false), QStringLiteral("Video"));
+    QCOMPARE(m_tree->untitledName(QStringLiteral("Untitléd playlist"), false), QStringLiteral("Untitléd playlist 4"));
     // A name the store's pattern lookup would match but that differs is free.
     QCOMPARE(m_tree->untitledName(QStringLiteral("untitled"), false), QStringLiteral("untitled"));
 }
