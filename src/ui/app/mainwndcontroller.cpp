@@ -521,14 +521,22 @@ void MainWndController::importFiles(const QStringList &paths, const QString &pla
                 for (const QString &uuid : std::as_const(*stored))
                 {
                     ZBItem *item = m_library->itemByUUID(uuid);
-                    if (item && playable.contains(QFileInfo(item->Path()).absoluteFilePath()))
+                    // The library holds a path once whatever its case, so the
+                    // track found may be spelt otherwise than the file given.
+                    if (item && playable.contains(QFileInfo(item->Path()).absoluteFilePath(), Qt::CaseInsensitive))
                     {
                         first = item;
                         break;
                     }
                 }
-                if (ZBItem *item = first)
-                    playRow(m_trackModel->rowOf(item));
+                if (!first)
+                    return;
+                // A list or a search that does not hold the file gives way to
+                // "All Tracks", which does.
+                if (m_trackModel->rowOf(first) < 0)
+                    m_pane->selectList(m_library->allTracksUUID());
+                if (const int row = m_trackModel->rowOf(first); row >= 0)
+                    playRow(row);
             });
     m_importer->start(paths);
 }

@@ -142,10 +142,12 @@ private Q_SLOTS:
         MainWndController controller;
         QVERIFY(controller.start());
         const int before = controller.trackModel()->rowCount();
+        controller.libraryPane()->addPlaylistWithItems({});
         controller.openFiles({other, clip});
         QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), before + 2, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
         QCOMPARE(controller.playback()->playingItem()->Path(), other);
+        QCOMPARE(controller.libraryPane()->selectedListUUID(), controller.library()->allTracksUUID());
         QVERIFY(controller.window()->windowTitle().contains(controller.playback()->playingItem()->Name()));
     }
 
