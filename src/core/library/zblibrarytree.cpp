@@ -185,7 +185,7 @@ bool ZBLibraryTree::editSmartList(const QString &playlistUUID, const QString &na
 bool ZBLibraryTree::renameList(const QString &playlistUUID, const QString &newName)
 {
     ZBPlaylist *playlist = m_library.getPlaylistsFromLibraryByUUID(playlistUUID);
-    if (!playlist || playlist->Group().compare(GroupUser, Qt::CaseInsensitive) != 0 || newName.trimmed().isEmpty())
+    if (!playlist || playlist->Group().compare(GroupUser, Qt::CaseInsensitive) != 0 || newName.isEmpty())
         return false;
     playlist->setName(newName);
     m_library.save();

@@ -58,7 +58,8 @@ public:
     QString addSmartList(const QString &name, const QString &request);
     // Replaces the request and name of a user smart list.
     bool editSmartList(const QString &playlistUUID, const QString &name, const QString &request);
-    // In-place rename: user lists only, and never to an empty name.
+    // In-place rename: user lists only, and never to an empty name. The name
+    // is kept as typed, blanks included.
     bool renameList(const QString &playlistUUID, const QString &newName);
 
     // Whether removing the list must be confirmed first: only a user list

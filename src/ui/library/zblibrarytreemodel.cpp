@@ -142,7 +142,7 @@ bool ZBLibraryTreeModel::setData(const QModelIndex &index, const QVariant &value
     if (role != Qt::EditRole || !node || node->isHeading())
         return false;
     const QString uuid = node->playlistUUID();
-    const QString name = value.toString().trimmed();
+    const QString name = value.toString();
     if (name == node->Name())
         return false;
     // Renaming rebuilds the tree, so the view must start over.

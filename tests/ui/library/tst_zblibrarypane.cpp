@@ -372,7 +372,7 @@ void TestZBLibraryPane::renameInPlaceOnlyForUserLists()
     QCOMPARE(m_library->getPlaylistsFromLibraryByUUID(uuid)->Name(), QStringLiteral("Road trip"));
     // The renamed list stays the selected one.
     QCOMPARE(m_pane->selectedListUUID(), uuid);
-    QVERIFY(!model->setData(model->indexForPlaylist(uuid), QStringLiteral("  ")));
+    QVERIFY(!model->setData(model->indexForPlaylist(uuid), QString()));
     QVERIFY(!model->setData(model->indexForPlaylist(m_library->allTracksUUID()), QStringLiteral("Everything")));
     QCOMPARE(listNames(1), QStringList{"Road trip"});
 }
