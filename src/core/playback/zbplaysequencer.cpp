@@ -65,17 +65,19 @@ ZBPlaySequencer::Step ZBPlaySequencer::next(int direction, const UsableTest &usa
 {
     if (m_list.isEmpty())
         return {Outcome::EmptyList, -1};
-    return step(direction, usable, skip, 0);
+    QList<bool> refused(m_list.size(), false);
+    return step(direction, usable, skip, refused);
 }
 
 ZBPlaySequencer::Step ZBPlaySequencer::step(int direction, const UsableTest &usable, const SkipHandler &skip,
-                                            int attempts)
+                                            QList<bool> &refused)
 {
     const int size = int(m_list.size());
     const Step end{Outcome::EndOfList, m_index};
-    // Every entry tried once in this search and none would play: going round
-    // again cannot find one.
-    if (attempts >= size)
+    // Every entry has refused in this search: going round again cannot find
+    // one. Counting steps instead would give up on a shuffle that has not yet
+    // drawn the one entry that plays.
+    if (!refused.contains(false))
         return end;
 
     if (m_repeat == RepeatOne)
@@ -129,11 +131,12 @@ ZBPlaySequencer::Step ZBPlaySequencer::step(int direction, const UsableTest &usa
         return {Outcome::Play, index};
 
     skipEntry(index, skip);
+    refused[index] = true;
     if (size == 1 || direction == 0)
         return end;
     if ((m_shuffle || m_repeat == RepeatAll) && !anyValidityValue())
         return end;
-    return step(direction, usable, skip, attempts + 1);
+    return step(direction, usable, skip, refused);
 }
 
 bool ZBPlaySequencer::canStepNext() const

@@ -74,7 +74,7 @@ public:
     void removeItem(const ZBItem *item);
 
 private:
-    Step step(int direction, const UsableTest &usable, const SkipHandler &skip, int attempts);
+    Step step(int direction, const UsableTest &usable, const SkipHandler &skip, QList<bool> &refused);
     int drawUnplayed();
     bool anyUnplayed() const;
     bool anyValidityValue() const;

@@ -180,6 +180,10 @@ void TestZBPlaySequencer::shuffleWithRepeatAllStartsNewRounds()
         const QList<int> part = played.mid(round * 5, 5);
         QCOMPARE(QSet<int>(part.begin(), part.end()).size(), 5);
     }
+    Fixture alone(6, {1, 2, 3, 4, 5});
+    alone.sequencer.setShuffle(true);
+    alone.sequencer.setRepeat(ZBPlaySequencer::RepeatAll);
+    QCOMPARE(alone.walk(0, +1, 3), QList<int>({0, 0, 0}));
 }
 
 void TestZBPlaySequencer::buttonsAtTheEnds()
