@@ -405,7 +405,9 @@ void ZBPlaybackController::refuseRealMedia(const QString &reason)
 void ZBPlaybackController::cannotFindTrack(Sender sender, ZBItem *item, bool tryToPlayAfterLocate)
 {
     setTrack(item, false);
-    if (sender == Sender::Controller)
+    // Only a track picked in the table is worth a question; the play button
+    // and the list moving on pass over a missing file to the next one.
+    if (sender != Sender::TrackTable)
     {
         m_mustPlayNext = true;
         m_timer.start();

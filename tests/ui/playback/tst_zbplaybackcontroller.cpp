@@ -297,6 +297,11 @@ void TestZBPlaybackController::missingFileOnTheWayIsSkippedSilently()
     QVERIFY(m_ui->asked.isEmpty());
     QVERIFY(m_ui->cannotPlay.isEmpty());
     QCOMPARE(gone->PlayCount(), std::optional<qint32>(0));
+    m_controller->stopPlayback();
+    m_controller->setSelectedRow(1);
+    m_controller->play_video(ZBPlaybackController::Sender::PlayButton);
+    m_controller->timercallback();
+    QCOMPARE(m_controller->playingItem(), m_list.at(2));
 }
 
 void TestZBPlaybackController::missingFileChosenByTheUser()
