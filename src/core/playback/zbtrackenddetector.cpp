@@ -2,7 +2,6 @@
 
 void ZBTrackEndDetector::reset()
 {
-    m_previousFrame = -1;
     m_decreased = false;
     m_stayOnTheSameFrame = 0;
 }
@@ -17,14 +16,13 @@ bool ZBTrackEndDetector::sampleStream(double current, double total, bool reached
     return sampleTime(current, total, reachedEnd) || (current < 1 && total < 1);
 }
 
-bool ZBTrackEndDetector::sampleFrame(int frame, int totalFrames, double tickSeconds)
+bool ZBTrackEndDetector::sampleFrame(double previous, int frame, int totalFrames, double tickSeconds)
 {
-    if (frame == m_previousFrame)
+    if (frame == previous)
         m_stayOnTheSameFrame += tickSeconds;
     else
         m_stayOnTheSameFrame = 0;
-    m_decreased = m_previousFrame > frame;
-    m_previousFrame = frame;
+    m_decreased = previous > frame;
 
     // A one-frame movie is always on its last frame; it never ends by that rule.
     const bool ended = (m_rules.lastFrameIsMet && frame >= totalFrames - 1 && totalFrames != 1)

@@ -27,15 +27,15 @@ public:
     bool sampleTime(double current, double total, bool reachedEnd) const;
     // A stream that reports neither length nor position has ended as well.
     bool sampleStream(double current, double total, bool reachedEnd) const;
-    // A frame sample, taken every `tickSeconds`.
-    bool sampleFrame(int frame, int totalFrames, double tickSeconds);
+    // A frame sample, taken every `tickSeconds`. `previous` is the position
+    // shown until now: the last sample, or where a seek put it.
+    bool sampleFrame(double previous, int frame, int totalFrames, double tickSeconds);
 
     bool frameNumberWasDecreased() const { return m_decreased; }
     double stayOnTheSameFrame() const { return m_stayOnTheSameFrame; }
 
 private:
     FrameRules m_rules;
-    int m_previousFrame = -1;
     bool m_decreased = false;
     double m_stayOnTheSameFrame = 0;
 };

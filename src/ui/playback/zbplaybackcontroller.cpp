@@ -568,11 +568,13 @@ void ZBPlaybackController::timercallback()
     {
         const int frame = int(engine->currentTime());
         const int totalFrames = int(engine->totalTime());
+        // Compared with the current value rather than the last sample: a seek
+        // moves that value, so going back by hand is not taken for a loop.
+        if (m_endDetector.sampleFrame(m_currentTime, frame, totalFrames, TickMilliseconds / 1000.0))
+            m_engineReachedEnd = true;
         m_currentTime = frame;
         m_totalTime = totalFrames;
         total = totalFrames;
-        if (m_endDetector.sampleFrame(frame, totalFrames, TickMilliseconds / 1000.0))
-            m_engineReachedEnd = true;
     }
     else if (engine)
     {

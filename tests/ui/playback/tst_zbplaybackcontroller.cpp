@@ -25,6 +25,7 @@ public:
     }
 
     int engineCode() const override { return m_code; }
+    bool usesFrames() const override { return m_code == FlashMovie; }
     bool canInitWithFile(const QString &path) override { return lengthOf(path) > 0; }
     void load(const QString &path) override
     {
@@ -119,6 +120,7 @@ private Q_SLOTS:
     void realMediaRefusalAsksOnceUnlessToldNotTo();
     void holdToSeekAndClick();
     void timeLabelAndSlider();
+    void movieSeekBackIsNoLoop();
     void volumeControls();
 
 private:
@@ -440,6 +442,19 @@ void TestZBPlaybackController::timeLabelAndSlider()
     QCOMPARE(spy.last().at(0).toString(), QStringLiteral("01:40/01:01:40"));
     m_controller->stopPlaying();
     QCOMPARE(spy.last().at(0).toString(), QStringLiteral("00:00"));
+}
+
+void TestZBPlaybackController::movieSeekBackIsNoLoop()
+{
+    ManualEngine movie(ZBPlaybackEngine::FlashMovie);
+    m_controller->setEngine(ZBPlaybackEngine::FlashMovie, &movie);
+    addTrack("movie", "100", "swf");
+    startList();
+    movie.advance(50);
+    m_controller->timercallback();
+    m_controller->seekSliderMoved(10);
+    QTest::qWait(600);
+    QVERIFY(m_controller->playingItem());
 }
 
 void TestZBPlaybackController::volumeControls()
