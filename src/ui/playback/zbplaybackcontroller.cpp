@@ -632,8 +632,8 @@ void ZBPlaybackController::stepToNextOrTheSameTrack(double total)
         m_seeking = false;
         m_seekReleaseTimer.stop();
     }
-    if (!m_isPlaying && !m_engineReachedEnd)
-        return;
+    // No test of playing or paused: a hold past the end of a paused track
+    // moves the list on as well.
     ZBPlaybackEngine *engine = currentEngine();
     bool ended = false;
     if (engine && engine->usesFrames())

@@ -424,6 +424,13 @@ void TestZBPlaybackController::holdToSeekAndClick()
     m_controller->holdOnButtonNext();
     QTRY_COMPARE_WITH_TIMEOUT(m_controller->playingItem() ? m_controller->playingItem()->Name() : QString(),
                               QStringLiteral("b"), 2000);
+    // Paused, a hold past the end of b ends the list all the same.
+    settle();
+    m_controller->timercallback();
+    m_controller->play_video(ZBPlaybackController::Sender::PlayButton);
+    for (int i = 0; i < 31; ++i)
+        m_controller->holdOnButtonNext();
+    QVERIFY(!m_controller->playingItem());
 }
 
 void TestZBPlaybackController::timeLabelAndSlider()
