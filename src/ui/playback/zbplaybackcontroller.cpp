@@ -707,8 +707,10 @@ void ZBPlaybackController::seekSliderMoved(double value)
     m_seeking = true;
     m_sliderEndTimer.start();
     moveEngineTo(value);
-    m_currentTime = value;
+    // The label shows where playback was; the first tick after the drag
+    // shows where it went.
     displayCurrentTime();
+    m_currentTime = value;
 }
 
 void ZBPlaybackController::applyVolume()
