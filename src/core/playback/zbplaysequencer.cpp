@@ -18,6 +18,19 @@ void ZBPlaySequencer::resetPlaybackCounters()
     m_counts = QList<int>(m_list.size(), 0);
 }
 
+void ZBPlaySequencer::replacePlaybackList(const ZBItemList &items)
+{
+    QList<int> counts(items.size(), 0);
+    for (qsizetype i = 0; i < items.size(); ++i)
+    {
+        const qsizetype was = m_list.indexOf(items.at(i));
+        if (was >= 0)
+            counts[i] = m_counts.at(was);
+    }
+    m_list = items;
+    m_counts = counts;
+}
+
 ZBItem *ZBPlaySequencer::itemAt(int index) const
 {
     return index >= 0 && index < m_list.size() ? m_list.at(index) : nullptr;

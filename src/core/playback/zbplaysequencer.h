@@ -50,6 +50,9 @@ public:
     const ZBItemList &playbackList() const { return m_list; }
     const QList<int> &playingCounts() const { return m_counts; }
     void resetPlaybackCounters();
+    // The same tracks in a new order or with some added or gone: each keeps
+    // its played mark, so a shuffle round goes on where it was.
+    void replacePlaybackList(const ZBItemList &items);
 
     int playingItemIndex() const { return m_index; }
     void setPlayingItemIndex(int index) { m_index = index; }

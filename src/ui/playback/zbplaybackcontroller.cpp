@@ -92,9 +92,8 @@ void ZBPlaybackController::setCurrentList(const ZBItemList &items, const QString
         const int index = int(items.indexOf(m_playingItem));
         if (index >= 0)
         {
-            m_sequencer.setPlaybackList(items);
+            m_sequencer.replacePlaybackList(items);
             m_sequencer.setPlayingItemIndex(index);
-            m_sequencer.markPlayed(index);
         }
     }
 }

@@ -221,6 +221,10 @@ void TestZBPlaySequencer::emptyListAndRemoval()
     f.sequencer.removeItem(f.list.at(2));
     QCOMPARE(f.next(+1).index, 1);
     QCOMPARE(f.sequencer.itemAt(1)->Name(), QStringLiteral("3"));
+    Fixture g(3);
+    g.sequencer.markPlayed(1);
+    g.sequencer.replacePlaybackList({g.list.at(1), g.list.at(0)});
+    QCOMPARE(g.sequencer.playingCounts(), QList<int>({1, 0}));
 }
 
 QTEST_GUILESS_MAIN(TestZBPlaySequencer)
