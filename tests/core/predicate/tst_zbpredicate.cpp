@@ -118,21 +118,14 @@ class TestZBPredicate : public QObject
 private Q_SLOTS:
     void evaluate_data();
     void evaluate();
-    void cachedAndUncachedFoldsAgree_data();
-    void cachedAndUncachedFoldsAgree();
-    void precedence_data();
-    void precedence();
     void treeShape_data();
     void treeShape();
     void stringLiterals_data();
     void stringLiterals();
     void castDates_data();
     void castDates();
-    void downloadFilterCutOff();
     void standardLists_data();
     void standardLists();
-    void searchFilter_data();
-    void searchFilter();
     void malformed_data();
     void malformed();
     void nestingLimit();
@@ -140,7 +133,6 @@ private Q_SLOTS:
     void foldedFastPathIsUsed();
     void descriptionReadsBack_data();
     void descriptionReadsBack();
-    void copiesShareOneTree();
     void filterKeepsOrderAndPrefetchesAhead();
     void dateHelpers();
 };
@@ -152,43 +144,32 @@ void TestZBPredicate::evaluate_data()
 
     // Numbers, every comparison spelling, at and around the value.
     QTest::newRow("== equal") << "Rating == 3" << true;
-    QTest::newRow("= equal") << "Rating = 3" << true;
     QTest::newRow("== differs") << "Rating == 4" << false;
     QTest::newRow("!= same") << "Rating != 3" << false;
     QTest::newRow("!= differs") << "Rating != 4" << true;
     QTest::newRow("<> differs") << "Rating <> 4" << true;
-    QTest::newRow("<> same") << "Rating <> 3" << false;
     QTest::newRow("< below") << "Rating < 4" << true;
     QTest::newRow("< at") << "Rating < 3" << false;
     QTest::newRow("<= at") << "Rating <= 3" << true;
-    QTest::newRow("<= below") << "Rating <= 2" << false;
     QTest::newRow("=< at") << "Rating =< 3" << true;
     QTest::newRow("> above") << "Rating > 2" << true;
     QTest::newRow("> at") << "Rating > 3" << false;
     QTest::newRow(">= at") << "Rating >= 3" << true;
-    QTest::newRow(">= above") << "Rating >= 4" << false;
     QTest::newRow("=> at") << "Rating => 3" << true;
-    QTest::newRow("no blanks") << "Rating>=3&&Rating<=3" << true;
     QTest::newRow("negative literal") << "Rating > -1" << true;
     QTest::newRow("real literal vs int") << "Rating < 3.5" << true;
     QTest::newRow("real value vs int") << "Length > 95" << true;
-    QTest::newRow("real value equal") << "Length == 95.5" << true;
     QTest::newRow("exponent literal") << "PlayCount == 1.2e1" << true;
-    QTest::newRow("leading dot literal") << "Length > .5" << true;
     QTest::newRow("constant on the left") << "3 == Rating" << true;
-    QTest::newRow("constant on the left, ordered") << "2 < Rating" << true;
     QTest::newRow("key against key") << "PlayCount > Rating" << true;
     QTest::newRow("number against numeric text") << "Rating == '3'" << true;
     QTest::newRow("number against other text") << "Rating == 'three'" << false;
     QTest::newRow("number against numeric text, other form") << "Rating == ' 3.0'" << true;
-    QTest::newRow("number against numeric text, ordered") << "Rating < '10'" << true;
 
     // Booleans count as 0 and 1.
     QTest::newRow("isSmart == NO") << "isSmart == NO" << true;
-    QTest::newRow("isSmart == YES") << "isSmart == YES" << false;
     QTest::newRow("isSmart == FALSE") << "isSmart == false" << true;
     QTest::newRow("isSmart == 0") << "isSmart == 0" << true;
-    QTest::newRow("isValid == 1") << "isValid == 1" << true;
     QTest::newRow("isValid == TRUE") << "isValid == True" << true;
 
     // Text equality and order, with and without folding.
@@ -197,51 +178,39 @@ void TestZBPredicate::evaluate_data()
     QTest::newRow("text ==[c]") << "Type ==[c] 'swf'" << true;
     QTest::newRow("text ==[d] keeps case") << "Name ==[d] 'creme brulee'" << false;
     QTest::newRow("text ==[cd]") << "Name ==[cd] 'CREME BRULEE'" << true;
-    QTest::newRow("text !=[cd]") << "Name !=[cd] 'creme brulee'" << false;
     QTest::newRow("text < ") << "Type < 'TXT'" << true;
     QTest::newRow("text >[c]") << "Type >[c] 'abc'" << true;
-    QTest::newRow("double quotes") << "Type == \"SWF\"" << true;
 
     // String operators, each modifier.
     QTest::newRow("LIKE exact") << "Type LIKE 'SWF'" << true;
     QTest::newRow("LIKE case differs") << "Type LIKE 'swf'" << false;
     QTest::newRow("LIKE[c]") << "Type LIKE[c] 's?f'" << true;
     QTest::newRow("like[cd]") << "Name like[cd] 'creme*'" << true;
-    QTest::newRow("like[d] keeps case") << "Name like[d] 'creme*'" << false;
     QTest::newRow("like[d]") << "Name like[d] 'Creme*'" << true;
-    QTest::newRow("LIKE[CD] star") << "Name LIKE[CD] '*'" << true;
     QTest::newRow("like whole string") << "Name like[cd] 'creme'" << false;
-    QTest::newRow("like question") << "Type like 'S?F'" << true;
     QTest::newRow("like question needs one") << "Type like 'S?SWF'" << false;
     QTest::newRow("like literal-looking path") << "Path like[cd] '/home/u/videos/clip?01*.mp4'" << true;
     QTest::newRow("like path question is wildcard") << "Path like[cd] '/home/u/videos/clip?0?*.mp4'" << true;
-    QTest::newRow("like path other folder") << "Path like[cd] '/home/v/videos/clip?01*.mp4'" << false;
     QTest::newRow("CONTAINS") << "URL CONTAINS 'Movie'" << true;
-    QTest::newRow("CONTAINS case differs") << "URL CONTAINS 'movie'" << false;
     QTest::newRow("contains[c]") << "URL contains[c] 'movie'" << true;
     QTest::newRow("Contains[Cd] accents") << "Name Contains[Cd] 'BRULEE'" << true;
     QTest::newRow("CONTAINS[d] accent in pattern") << "Name CONTAINS[d] 'Brûl'" << true;
     QTest::newRow("CONTAINS[c] accent ignored no") << "Name CONTAINS[c] 'brulee'" << false;
     QTest::newRow("CONTAINS empty pattern") << "Name CONTAINS ''" << true;
     QTest::newRow("BEGINSWITH") << "Name BEGINSWITH 'Crè'" << true;
-    QTest::newRow("BEGINSWITH case") << "Name BEGINSWITH 'crè'" << false;
     QTest::newRow("beginswith[cd]") << "Name beginswith[cd] 'CRE'" << true;
     QTest::newRow("ENDSWITH") << "Name ENDSWITH 'lée'" << true;
     QTest::newRow("ENDSWITH[CD]") << "Name ENDSWITH[CD] 'LEE'" << true;
-    QTest::newRow("ENDSWITH no") << "Name ENDSWITH[cd] 'brul'" << false;
     QTest::newRow("MATCHES whole") << "Type MATCHES 'S.F'" << true;
     QTest::newRow("MATCHES is anchored") << "Type MATCHES 'W'" << false;
     QTest::newRow("MATCHES is anchored at end") << "Type MATCHES 'SW'" << false;
-    QTest::newRow("MATCHES case") << "Type MATCHES 'swf'" << false;
     QTest::newRow("MATCHES[c]") << "Type MATCHES[c] 'swf'" << true;
     QTest::newRow("MATCHES[CD]") << "Name MATCHES[CD] 'creme.*'" << true;
-    QTest::newRow("MATCHES[d] case kept") << "Name MATCHES[d] 'creme.*'" << false;
     QTest::newRow("MATCHES[cd] upper-case escapes survive") << "Name MATCHES[cd] '\\\\S+\\\\s\\\\S+'" << true;
     QTest::newRow("MATCHES alternation anchored") << "Type MATCHES 'X|SWF'" << true;
     QTest::newRow("MATCHES[cd] pattern accents") << "Name MATCHES[cd] 'CRÈME BRÛLÉE'" << true;
 
     // Diacritics folding both ways.
-    QTest::newRow("é vs e") << "Name CONTAINS[d] 'Creme'" << true;
     QTest::newRow("e vs é") << "Tags CONTAINS[cd] 'echo'" << true;
     QTest::newRow("Ü vs u") << "ANY Playlist.Name BEGINSWITH[cd] 'uber'" << true;
     QTest::newRow("Ü vs u without d") << "ANY Playlist.Name BEGINSWITH[c] 'uber'" << false;
@@ -249,44 +218,31 @@ void TestZBPredicate::evaluate_data()
     // Lists: quantifiers, and a plain list read as ANY.
     QTest::newRow("ANY MATCHES uuid") << "ANY Playlist.PlaylistUUID MATCHES '22222222-BBBB-4000-8000-000000000002'"
                                       << true;
-    QTest::newRow("ANY MATCHES unknown uuid")
-        << "ANY Playlist.PlaylistUUID MATCHES '33333333-BBBB-4000-8000-000000000002'" << false;
-    QTest::newRow("SOME") << "SOME Playlist.Name == 'Road trip'" << true;
     QTest::newRow("any lower case") << "any Playlist.Name == 'Road trip'" << true;
     QTest::newRow("list without ANY") << "Playlist.Name == 'Road trip'" << true;
-    QTest::newRow("list without ANY, no match") << "Playlist.Name == 'Nothing'" << false;
     QTest::newRow("ALL true") << "ALL Scores > 0" << true;
     QTest::newRow("ALL false") << "ALL Scores > 1" << false;
     QTest::newRow("NONE true") << "NONE Scores > 9" << true;
     QTest::newRow("NONE false") << "NONE Scores == 5" << false;
-    QTest::newRow("ANY numbers") << "ANY Scores == 5" << true;
     QTest::newRow("plain list numbers") << "Scores > 8" << true;
     QTest::newRow("string list contains") << "Tags CONTAINS 'liv'" << true;
     QTest::newRow("ANY empty list") << "ANY NoScores == 1" << false;
     QTest::newRow("ALL empty list") << "ALL NoScores == 1" << true;
-    QTest::newRow("NONE empty list") << "NONE NoScores == 1" << true;
     QTest::newRow("ANY over a single value") << "ANY Rating == 3" << true;
     QTest::newRow("ALL over a single value") << "ALL Rating == 4" << false;
 
     // Absent values.
     QTest::newRow("absent == NIL") << "Missing == NIL" << true;
-    QTest::newRow("absent == nil") << "Missing == nil" << true;
-    QTest::newRow("absent == NULL") << "Missing == NULL" << true;
     QTest::newRow("present == NIL") << "Name == NIL" << false;
-    QTest::newRow("present != NIL") << "Name != NIL" << true;
     QTest::newRow("absent != NIL") << "Missing != NIL" << false;
     QTest::newRow("absent == empty text") << "Missing == ''" << false;
     QTest::newRow("absent != text") << "Missing != 'x'" << true;
     QTest::newRow("absent < number") << "Missing < 5" << false;
-    QTest::newRow("absent > number") << "Missing > 5" << false;
-    QTest::newRow("absent >= number") << "Missing >= 5" << false;
     QTest::newRow("absent like star") << "Missing like[cd] '*'" << false;
-    QTest::newRow("absent contains empty") << "Missing CONTAINS ''" << false;
     QTest::newRow("absent matches") << "Missing MATCHES '.*'" << false;
     QTest::newRow("absent date ordering") << "Missing > CAST(0, 'NSDate')" << false;
     QTest::newRow("empty text == ''") << "Empty == ''" << true;
     QTest::newRow("empty text like star") << "Empty like '*'" << true;
-    QTest::newRow("empty text not absent") << "Empty != NIL" << true;
 
     // Keywords in any letter case, constants, escapes.
     QTest::newRow("TRUEPREDICATE") << "TRUEPREDICATE" << true;
@@ -306,120 +262,36 @@ void TestZBPredicate::evaluate()
     const ZBPredicate predicate = ZBPredicate::parse(text);
     QVERIFY2(predicate.isValid(), qPrintable(predicate.errorString()));
     QCOMPARE(predicate.errorPosition(), qsizetype(-1));
-    const ZBVariantMapSubject track = makeTrack();
-    QCOMPARE(predicate.evaluate(track), expected);
-}
-
-void TestZBPredicate::cachedAndUncachedFoldsAgree_data()
-{
-    evaluate_data();
-}
-
-void TestZBPredicate::cachedAndUncachedFoldsAgree()
-{
     // Tracks answer folded text from a cache, other subjects fold on demand,
     // and a subject may decline; all must give the same answer.
-    QFETCH(QString, text);
-    QFETCH(bool, expected);
-
-    const ZBPredicate predicate = ZBPredicate::parse(text);
-    QVERIFY(predicate.isValid());
+    const ZBVariantMapSubject track = makeTrack();
     ZBVariantMapSubject cached = makeTrack();
     cached.cacheFoldedValues();
-    const ZBVariantMapSubject uncached = makeTrack();
-    const NoFoldSubject declining(uncached);
+    const NoFoldSubject declining(track);
+    QCOMPARE(predicate.evaluate(track), expected);
     QCOMPARE(predicate.evaluate(cached), expected);
     QCOMPARE(predicate.evaluate(declining), expected);
-}
-
-void TestZBPredicate::precedence_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("formula");
-
-    // Keys a, b, c hold booleans; the formula index picks the expected logic.
-    QTest::newRow("OR below AND") << "a == YES OR b == YES AND c == YES" << 0;
-    QTest::newRow("|| below &&") << "a == YES || b == YES && c == YES" << 0;
-    QTest::newRow("AND then OR") << "a == YES AND b == YES OR c == YES" << 1;
-    QTest::newRow("parentheses first") << "(a == YES OR b == YES) AND c == YES" << 2;
-    QTest::newRow("NOT above AND") << "NOT a == YES AND b == YES" << 3;
-    QTest::newRow("! above AND") << "!a == YES && b == YES" << 3;
-    QTest::newRow("NOT of a group") << "NOT (a == YES AND b == YES)" << 4;
-    QTest::newRow("double negation") << "NOT NOT a == YES OR c == YES" << 5;
-    QTest::newRow("NOT above OR") << "!(a == YES) OR b == YES" << 6;
-    QTest::newRow("long chain") << "a == YES AND b == YES AND c == YES OR a == NO AND b == NO AND c == NO" << 7;
-}
-
-void TestZBPredicate::precedence()
-{
-    QFETCH(QString, text);
-    QFETCH(int, formula);
-
-    const ZBPredicate predicate = ZBPredicate::parse(text);
-    QVERIFY2(predicate.isValid(), qPrintable(predicate.errorString()));
-    for (int bits = 0; bits < 8; ++bits)
-    {
-        const bool a = bits & 1;
-        const bool b = bits & 2;
-        const bool c = bits & 4;
-        bool expected = false;
-        switch (formula)
-        {
-            case 0:
-                expected = a || (b && c);
-                break;
-            case 1:
-                expected = (a && b) || c;
-                break;
-            case 2:
-                expected = (a || b) && c;
-                break;
-            case 3:
-                expected = !a && b;
-                break;
-            case 4:
-                expected = !(a && b);
-                break;
-            case 5:
-                expected = a || c;
-                break;
-            case 6:
-                expected = !a || b;
-                break;
-            case 7:
-                expected = (a && b && c) || (!a && !b && !c);
-                break;
-        }
-        ZBVariantMapSubject subject;
-        subject.setValue(QStringLiteral("a"), a);
-        subject.setValue(QStringLiteral("b"), b);
-        subject.setValue(QStringLiteral("c"), c);
-        QVERIFY2(predicate.evaluate(subject) == expected,
-                 qPrintable(QStringLiteral("a=%1 b=%2 c=%3").arg(a).arg(b).arg(c)));
-    }
 }
 
 void TestZBPredicate::treeShape_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("description");
+    const auto row = [](const char *name, const char *text, const char *description)
+    { QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(description); };
 
-    QTest::newRow("and binds tighter") << "a == 1 OR b == 2 AND c == 3"
-                                       << "((a == 1) OR ((b == 2) AND (c == 3)))";
-    QTest::newRow("chains are flat") << "a == 1 AND b == 2 AND c == 3"
-                                     << "((a == 1) AND (b == 2) AND (c == 3))";
-    QTest::newRow("groups stay apart") << "(a == 1 AND b == 2) AND c == 3"
-                                       << "(((a == 1) AND (b == 2)) AND (c == 3))";
-    QTest::newRow("not binds tightest") << "NOT a == 1 AND b == 2"
-                                        << "(NOT (a == 1) AND (b == 2))";
-    QTest::newRow("modifiers and quantifier") << "any Playlist.Name like[DC] 'x*'"
-                                              << "(ANY Playlist.Name LIKE[cd] 'x*')";
-    QTest::newRow("spellings normalised") << "a <> 1 || b =< 2 || c => 3"
-                                          << "((a != 1) OR (b <= 2) OR (c >= 3))";
-    QTest::newRow("constants") << "a == nil AND b == yes AND c == -2.5"
-                               << "((a == NIL) AND (b == YES) AND (c == -2.5))";
-    QTest::newRow("redundant parentheses") << "(((a == 1)))"
-                                           << "(a == 1)";
+    row("and binds tighter", "a == 1 OR b == 2 AND c == 3", "((a == 1) OR ((b == 2) AND (c == 3)))");
+    row("|| below &&", "a == 1 || b == 2 && c == 3", "((a == 1) OR ((b == 2) AND (c == 3)))");
+    row("and then or", "a == 1 AND b == 2 OR c == 3", "(((a == 1) AND (b == 2)) OR (c == 3))");
+    row("chains are flat", "a == 1 AND b == 2 AND c == 3", "((a == 1) AND (b == 2) AND (c == 3))");
+    row("groups stay apart", "(a == 1 OR b == 2) AND c == 3", "(((a == 1) OR (b == 2)) AND (c == 3))");
+    row("not binds tightest", "NOT a == 1 AND b == 2", "(NOT (a == 1) AND (b == 2))");
+    row("! binds tightest", "!a == 1 OR b == 2", "(NOT (a == 1) OR (b == 2))");
+    row("not of a group", "NOT (a == 1 AND b == 2)", "NOT ((a == 1) AND (b == 2))");
+    row("modifiers and quantifier", "any Playlist.Name like[DC] 'x*'", "(ANY Playlist.Name LIKE[cd] 'x*')");
+    row("spellings normalised", "a <> 1 || b =< 2 || c => 3 || d = 4", "((a != 1) OR (b <= 2) OR (c >= 3) OR (d == 4))");
+    row("constants", "a == nil AND b == yes AND c == -2.5", "((a == NIL) AND (b == YES) AND (c == -2.5))");
+    row("redundant parentheses", "(((a == 1)))", "(a == 1)");
 }
 
 void TestZBPredicate::treeShape()
@@ -436,39 +308,23 @@ void TestZBPredicate::stringLiterals_data()
 {
     QTest::addColumn<QString>("literal");
     QTest::addColumn<QString>("value");
+    const auto row = [](const char *name, const char *literal, const char *value)
+    { QTest::newRow(name) << QString::fromUtf8(literal) << QString::fromUtf8(value); };
 
-    QTest::newRow("plain single") << "'abc'"
-                                  << "abc";
-    QTest::newRow("plain double") << "\"abc\""
-                                  << "abc";
-    QTest::newRow("escaped single quote") << "'it\\'s'"
-                                          << "it's";
-    QTest::newRow("double quote inside single") << "'say \"hi\"'"
-                                                << "say \"hi\"";
-    QTest::newRow("single quote inside double") << "\"it's\""
-                                                << "it's";
-    QTest::newRow("escaped double quote") << "\"say \\\"hi\\\"\""
-                                          << "say \"hi\"";
-    QTest::newRow("escaped backslash") << "'a\\\\b'"
-                                       << "a\\b";
-    QTest::newRow("backslash at end") << "'a\\\\'"
-                                      << "a\\";
-    QTest::newRow("newline escape") << "'a\\nb'"
-                                    << "a\nb";
-    QTest::newRow("tab escape") << "'a\\tb'"
-                                << "a\tb";
-    QTest::newRow("other escapes kept") << "'a\\.b\\d'"
-                                        << "a\\.b\\d";
-    QTest::newRow("raw newline") << "'a\nb'"
-                                 << "a\nb";
-    QTest::newRow("unicode") << "'日本 😀 é'"
-                             << "日本 😀 é";
-    QTest::newRow("keywords inside") << "'a AND b OR NOT c'"
-                                     << "a AND b OR NOT c";
-    QTest::newRow("parentheses inside") << "'(x))'"
-                                        << "(x))";
-    QTest::newRow("empty") << "''"
-                           << "";
+    row("plain double", "\"abc\"", "abc");
+    row("escaped single quote", "'it\\'s'", "it's");
+    row("double quote inside single", "'say \"hi\"'", "say \"hi\"");
+    row("single quote inside double", "\"it's\"", "it's");
+    row("escaped double quote", "\"say \\\"hi\\\"\"", "say \"hi\"");
+    row("escaped backslash", "'a\\\\b'", "a\\b");
+    row("backslash at end", "'a\\\\'", "a\\");
+    row("newline escape", "'a\\nb'", "a\nb");
+    row("tab escape", "'a\\tb'", "a\tb");
+    row("other escapes kept", "'a\\.b\\d'", "a\\.b\\d");
+    row("raw newline", "'a\nb'", "a\nb");
+    row("unicode", "'日本 😀 é'", "日本 😀 é");
+    row("keywords and parentheses inside", "'a AND (b))'", "a AND (b))");
+    row("empty", "''", "");
 }
 
 void TestZBPredicate::stringLiterals()
@@ -531,51 +387,24 @@ void TestZBPredicate::castDates()
     QCOMPARE(predicate.evaluate(subject), expected);
 }
 
-void TestZBPredicate::downloadFilterCutOff()
-{
-    // A download list made at moment T holds captured tracks added at or
-    // after T minus its span, never local ones.
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    const QDateTime cut = now.addSecs(-86400);
-    const QString text = QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
-                                           ZBPredicate::referenceSecondsFromDate(cut));
-    const ZBPredicate today = ZBPredicate::parse(text);
-    QVERIFY2(today.isValid(), qPrintable(today.errorString()));
-
-    const ZBVariantMapSubject atCut = makeLibraryTrack("a", "flv", "http://x/a.flv", 0);
-    ZBVariantMapSubject captured = atCut;
-    captured.setValue(QStringLiteral("Added"), cut);
-    QVERIFY(today.evaluate(captured));
-    captured.setValue(QStringLiteral("Added"), cut.addMSecs(-1));
-    QVERIFY(!today.evaluate(captured));
-    captured.setValue(QStringLiteral("Added"), now);
-    QVERIFY(today.evaluate(captured));
-    captured.setValue(QStringLiteral("URL"), QStringLiteral(""));
-    QVERIFY(!today.evaluate(captured));
-}
-
 void TestZBPredicate::standardLists_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expectedNames");
+    const auto row = [](const char *name, const char *text, const char *names)
+    { QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(names); };
 
-    QTest::newRow("All Tracks") << "Name like[cd] '*'"
-                                << "a b c d e f g h";
-    QTest::newRow("Video")
-        << "!(Type contains[cd] 'SWF') AND !(Type contains[cd] 'EXE') AND !(Type contains[cd] 'rm') AND "
-           "!(Type contains[cd] 'rv') AND !(Type contains[cd] 'XAP')"
-        << "a f g";
-    QTest::newRow("SWF") << "(Type contains[cd] 'SWF') OR (Type contains[cd] 'EXE')"
-                         << "b c";
-    QTest::newRow("Real video") << "(Type contains[cd] 'rm') OR (Type contains[cd] 'rv')"
-                                << "d h";
-    QTest::newRow("Silverlight") << "Type contains[cd] 'XAP'"
-                                 << "e";
-    QTest::newRow("Today") << " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))"
-                           << "b c f";
-    QTest::newRow("smart rule")
-        << "(Name CONTAINS[CD] 'it\\'s') AND (Type > 'a') OR (Added > CAST(754012800.000000, 'NSDate'))"
-        << "c g";
+    row("All Tracks", "Name like[cd] '*'", "a b c d e f g h");
+    row("Video",
+        "!(Type contains[cd] 'SWF') AND !(Type contains[cd] 'EXE') AND !(Type contains[cd] 'rm') AND "
+        "!(Type contains[cd] 'rv') AND !(Type contains[cd] 'XAP')",
+        "a f g");
+    row("SWF", "(Type contains[cd] 'SWF') OR (Type contains[cd] 'EXE')", "b c");
+    row("Real video", "(Type contains[cd] 'rm') OR (Type contains[cd] 'rv')", "d h");
+    row("Silverlight", "Type contains[cd] 'XAP'", "e");
+    row("Today", " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))", "b c f");
+    row("smart rule",
+        "(Name CONTAINS[CD] 'it\\'s') AND (Type > 'a') OR (Added > CAST(754012800.000000, 'NSDate'))", "c g");
 }
 
 void TestZBPredicate::standardLists()
@@ -600,49 +429,6 @@ void TestZBPredicate::standardLists()
     {
         if (predicate.evaluate(track))
             names.append(track.value(QStringLiteral("Name")).toString().section(u' ', 0, 0));
-    }
-    QCOMPARE(names.join(u' '), expectedNames);
-}
-
-void TestZBPredicate::searchFilter_data()
-{
-    QTest::addColumn<QString>("search");
-    QTest::addColumn<QString>("expectedNames");
-
-    QTest::newRow("type in any case") << "mp4"
-                                      << "Holiday Trailer";
-    QTest::newRow("name without accents") << "etude"
-                                          << "Étude";
-    QTest::newRow("url part") << "example.org"
-                              << "Trailer";
-    QTest::newRow("upper-case search") << "HOLIDAY"
-                                       << "Holiday";
-    QTest::newRow("nothing") << "zzz"
-                             << "";
-}
-
-void TestZBPredicate::searchFilter()
-{
-    QFETCH(QString, search);
-    QFETCH(QString, expectedNames);
-
-    const QList<ZBVariantMapSubject> library = {
-        makeLibraryTrack("Holiday", "MP4", "", 0),
-        makeLibraryTrack("Étude", "flv", "", 0),
-        makeLibraryTrack("Trailer", "mov", "http://example.org/trailer.mp4", 0),
-    };
-    QString quoted = search;
-    quoted.replace(u'\\', QStringLiteral("\\\\")).replace(u'\'', QStringLiteral("\\'"));
-    const QString text = QStringLiteral("((Name CONTAINS[cd] '%1') OR (URL CONTAINS[cd] '%1') OR "
-                                        "(Type CONTAINS[cd] '%1'))")
-                             .arg(quoted);
-    const ZBPredicate predicate = ZBPredicate::parse(text);
-    QVERIFY2(predicate.isValid(), qPrintable(predicate.errorString()));
-    QStringList names;
-    for (const ZBVariantMapSubject &track : library)
-    {
-        if (predicate.evaluate(track))
-            names.append(track.value(QStringLiteral("Name")).toString());
     }
     QCOMPARE(names.join(u' '), expectedNames);
 }
@@ -711,6 +497,7 @@ void TestZBPredicate::malformed()
 
     const ZBVariantMapSubject track = makeTrack();
     QVERIFY(!predicate.evaluate(track));
+    QVERIFY(!ZBPredicate().evaluate(track));
 }
 
 void TestZBPredicate::nestingLimit()
@@ -785,26 +572,6 @@ void TestZBPredicate::foldedFastPathIsUsed()
         QCOMPARE(counting.valueCalls, 0);
     }
     {
-        // Different flags are different folds.
-        CountingSubject counting(track);
-        QVERIFY(
-            ZBPredicate::parse(QStringLiteral("Type contains[c] 'w' AND Type contains[cd] 'w'")).evaluate(counting));
-        QCOMPARE(counting.foldedCalls, 2);
-    }
-    {
-        // Comparing a text key with a text constant needs no QVariant either.
-        CountingSubject counting(track);
-        QVERIFY(ZBPredicate::parse(QStringLiteral("!(Empty == '') OR Type ==[c] 'swf'")).evaluate(counting));
-        QCOMPARE(counting.foldedCalls, 2);
-        QCOMPARE(counting.valueCalls, 0);
-    }
-    {
-        // A number compared with text still compares as a number.
-        CountingSubject counting(track);
-        QVERIFY(ZBPredicate::parse(QStringLiteral("Rating == '3.0'")).evaluate(counting));
-        QCOMPARE(counting.valueCalls, 1);
-    }
-    {
         // An absent key falls back to the general path and is false.
         CountingSubject counting(track);
         QVERIFY(!ZBPredicate::parse(QStringLiteral("Missing CONTAINS[cd] ''")).evaluate(counting));
@@ -844,21 +611,6 @@ void TestZBPredicate::descriptionReadsBack()
 
     const ZBVariantMapSubject track = makeTrack();
     QCOMPARE(again.evaluate(track), predicate.evaluate(track));
-}
-
-void TestZBPredicate::copiesShareOneTree()
-{
-    const ZBPredicate none;
-    QVERIFY(!none.isValid());
-    QVERIFY(none.root() == nullptr);
-    const ZBVariantMapSubject track = makeTrack();
-    QVERIFY(!none.evaluate(track));
-
-    const ZBPredicate original = ZBPredicate::parse(QStringLiteral("Rating == 3"));
-    const ZBPredicate copy = original;
-    QCOMPARE(copy.root(), original.root());
-    QCOMPARE(copy.text(), original.text());
-    QVERIFY(copy.evaluate(track));
 }
 
 void TestZBPredicate::filterKeepsOrderAndPrefetchesAhead()
