@@ -23,6 +23,14 @@ QByteArray withSignature(QByteArray movie, const char *signature)
     movie.replace(0, 3, signature);
     return movie;
 }
+
+void addCompressionRows()
+{
+    QTest::addColumn<Compression>("compression");
+    QTest::newRow("FWS") << Compression::None;
+    QTest::newRow("CWS") << Compression::Zlib;
+    QTest::newRow("ZWS") << Compression::Lzma;
+}
 } // namespace
 
 // The Flash movie header: frame count for the library, stage size, rate and
@@ -43,7 +51,6 @@ private Q_SLOTS:
     void framesCountedFromFile();
     void uncompressedMovieRoundTrips_data();
     void uncompressedMovieRoundTrips();
-    void uncompressedMovieIsBounded();
     void headerReadsFromTheProbePrefix_data();
     void headerReadsFromTheProbePrefix();
 
@@ -73,20 +80,14 @@ void TestZBSwfHeader::headerFields_data()
     } kinds[] = {{"FWS", Compression::None}, {"CWS", Compression::Zlib}, {"ZWS", Compression::Lzma}};
     for (const auto &kind : kinds)
     {
-        const QByteArray name(kind.name);
-        QTest::newRow(QByteArray(name + " v6 550x400 12fps").constData()) << kind.compression << 6 << QList<int>{0, 11000, 0, 8000} << 0
-                                                  << 12.0 << 3 << false;
-        QTest::newRow(QByteArray(name + " v8 AS2 29.97").constData()) << kind.compression << 8 << QList<int>{0, 6400, 0, 4800} << 0
-                                              << 29.96875 << 10 << false;
-        QTest::newRow(QByteArray(name + " v10 AS3").constData()) << kind.compression << 10 << QList<int>{0, 20, 0, 20} << 0 << 60.0 << 1
-                                         << true;
-        QTest::newRow(QByteArray(name + " nbits 15, origin off zero").constData())
-            << kind.compression << 9 << QList<int>{-200, 12000, 40, 9000} << 15 << 0.5 << 7 << true;
-        QTest::newRow(QByteArray(name + " nbits 31, extreme rect").constData())
-            << kind.compression << 9 << QList<int>{-1073741824, 1073741823, -5, 5} << 31 << 255.99609375 << 65535
-            << false;
-        QTest::newRow(QByteArray(name + " empty stage, no frames").constData())
-            << kind.compression << 7 << QList<int>{0, 0, 0, 0} << 0 << 0.0 << 0 << false;
+        const auto row = [&](const char *name, int version, QList<int> rect, int bits, double rate, int frames, bool as3)
+        { QTest::addRow("%s %s", kind.name, name) << kind.compression << version << rect << bits << rate << frames << as3; };
+        row("v6 550x400 12fps", 6, {0, 11000, 0, 8000}, 0, 12.0, 3, false);
+        row("v8 AS2 29.97", 8, {0, 6400, 0, 4800}, 0, 29.96875, 10, false);
+        row("v10 AS3", 10, {0, 20, 0, 20}, 0, 60.0, 1, true);
+        row("nbits 15, origin off zero", 9, {-200, 12000, 40, 9000}, 15, 0.5, 7, true);
+        row("nbits 31, extreme rect", 9, {-1073741824, 1073741823, -5, 5}, 31, 255.99609375, 65535, false);
+        row("empty stage, no frames", 7, {0, 0, 0, 0}, 0, 0.0, 0, false);
     }
 }
 
@@ -113,6 +114,8 @@ void TestZBSwfHeader::headerFields()
     const std::optional<ZBSwfHeader::Info> info = ZBSwfHeader::readHeader(movie);
     QVERIFY(info);
     QCOMPARE(info->signature, movie.left(3));
+    if (compression == Compression::None)
+        QCOMPARE(qsizetype(storedLength(movie)), movie.size());
     QCOMPARE(info->version, version);
     QCOMPARE(info->fileLength, storedLength(movie));
     QCOMPARE(info->xMin, rect[0]);
@@ -196,10 +199,7 @@ void TestZBSwfHeader::lenientSignatureForFrameCount()
 
 void TestZBSwfHeader::framesCountedFromFile_data()
 {
-    QTest::addColumn<Compression>("compression");
-    QTest::newRow("FWS") << Compression::None;
-    QTest::newRow("CWS") << Compression::Zlib;
-    QTest::newRow("ZWS") << Compression::Lzma;
+    addCompressionRows();
 }
 
 void TestZBSwfHeader::framesCountedFromFile()
@@ -245,26 +245,18 @@ void TestZBSwfHeader::uncompressedMovieRoundTrips()
     if (compression != Compression::None)
         QVERIFY(packed.size() < plain.size());
     QCOMPARE(ZBSwfHeader::uncompressedMovie(packed), plain);
-}
 
-void TestZBSwfHeader::uncompressedMovieIsBounded()
-{
-    SwfWriter writer;
-    writer.addFrames(20000);
-    const QByteArray packed = writer.build(Compression::Zlib);
+    if (compression == Compression::None)
+        return;
     const QByteArray cut = ZBSwfHeader::uncompressedMovie(packed, 1000);
     QCOMPARE(cut.size(), 1000);
-    QCOMPARE(cut.left(3), QByteArray("FWS"));
     QCOMPARE(storedLength(cut), 1000u);
-    QCOMPARE(cut.mid(8), writer.build().mid(8, 992));
+    QCOMPARE(cut.mid(8), plain.mid(8, 992));
 }
 
 void TestZBSwfHeader::truncatedAtEveryLength_data()
 {
-    QTest::addColumn<Compression>("compression");
-    QTest::newRow("FWS") << Compression::None;
-    QTest::newRow("CWS") << Compression::Zlib;
-    QTest::newRow("ZWS") << Compression::Lzma;
+    addCompressionRows();
 }
 
 void TestZBSwfHeader::truncatedAtEveryLength()
@@ -410,10 +402,7 @@ void TestZBSwfHeader::attributesPastTheStatedLengthDoNotCount()
 
 void TestZBSwfHeader::headerReadsFromTheProbePrefix_data()
 {
-    QTest::addColumn<int>("compression");
-    QTest::newRow("FWS") << int(nvktest::SwfWriter::Compression::None);
-    QTest::newRow("CWS") << int(nvktest::SwfWriter::Compression::Zlib);
-    QTest::newRow("ZWS") << int(nvktest::SwfWriter::Compression::Lzma);
+    addCompressionRows();
 }
 
 // Callers decide whether a file is a movie from its first bytes only. A
@@ -421,11 +410,11 @@ void TestZBSwfHeader::headerReadsFromTheProbePrefix_data()
 // alone outgrow a small prefix.
 void TestZBSwfHeader::headerReadsFromTheProbePrefix()
 {
-    QFETCH(int, compression);
+    QFETCH(Compression, compression);
     nvktest::CounterMovieOptions options;
     options.frameCount = 300;
     options.version = 6;
-    options.compression = nvktest::SwfWriter::Compression(compression);
+    options.compression = compression;
     const QByteArray movie = nvktest::makeCounterMovie(options);
     const auto header = ZBSwfHeader::readHeader(
         QByteArrayView(movie).first(std::min(movie.size(), ZBSwfHeader::HeaderProbeSize)));
