@@ -59,6 +59,26 @@ QStringList uuids(const QList<ZBItem *> &items)
     return result;
 }
 
+// Everything a file carries about a track, never-played kept apart from any
+// real date.
+QString describe(const ZBItem *item)
+{
+    return QStringList{item->Name(), item->Type(), item->Path(), item->URL(), item->SourcePageTitle(),
+                       QString::number(item->Rating().value_or(-1)), QString::number(item->Length().value_or(-1)),
+                       QString::number(item->PlayCount().value_or(-1)), item->Added().toString(Qt::ISODateWithMs),
+                       item->LastPlayed().isValid() ? item->LastPlayed().toString(Qt::ISODateWithMs) : "never"}
+        .join(u'|');
+}
+
+QStringList described(const QList<ZBItem *> &items)
+{
+    QStringList result;
+    for (const ZBItem *item : items)
+        result << describe(item);
+    result.sort();
+    return result;
+}
+
 QStringList paths(const QList<ZBItem *> &items)
 {
     QStringList result;
@@ -221,23 +241,21 @@ void TestZBPlaylistFile::exportedFileHoldsTheListAndItsTracks()
         const ZBItem *item = members.at(index);
         const QVariantMap track = root.value(QString::number(index)).toMap();
         QCOMPARE(track.keys(), trackKeys);
-        QCOMPARE(track.value("Name").toString(), item->Name());
-        QCOMPARE(track.value("Type").toString(), item->Type());
-        QCOMPARE(track.value("Path").toString(), item->Path());
-        QCOMPARE(track.value("Length"), QVariant(qlonglong(*item->Length())));
-        QCOMPARE(track.value("Rating"), QVariant(qlonglong(*item->Rating())));
-        QCOMPARE(track.value("PlayCount"), QVariant(qlonglong(*item->PlayCount())));
-        QCOMPARE(track.value("Added").toDateTime(), item->Added());
-        QCOMPARE(track.value("URL").toString(), item->URL());
-        QCOMPARE(track.value("SourcePage").toString(), item->SourcePageTitle());
-        QCOMPARE(track.value("SourcePage").metaType().id(), QMetaType::QString);
-        const QDateTime lastPlayed = track.value("LastPlayed").toDateTime();
-        if (item->LastPlayed().isValid())
-            QCOMPARE(lastPlayed, item->LastPlayed());
-        else
-            QCOMPARE(lastPlayed, ZBPredicate::referenceDate());
+        // Never played is written as the reference date, as always.
+        const QDateTime lastPlayed = item->LastPlayed().isValid() ? item->LastPlayed() : ZBPredicate::referenceDate();
+        const QVariantMap expected{{"Name", item->Name()},
+                                   {"Type", item->Type()},
+                                   {"Path", item->Path()},
+                                   {"Length", qlonglong(*item->Length())},
+                                   {"Rating", qlonglong(*item->Rating())},
+                                   {"PlayCount", qlonglong(*item->PlayCount())},
+                                   {"Added", item->Added()},
+                                   {"LastPlayed", lastPlayed},
+                                   {"URL", item->URL()},
+                                   {"SourcePage", item->SourcePageTitle().isNull() ? "" : item->SourcePageTitle()}};
+        for (auto it = expected.cbegin(); it != expected.cend(); ++it)
+            QCOMPARE(track.value(it.key()), it.value());
     }
-    QCOMPARE(root.value("0").toMap().value("Name").toString(), members.first()->Name());
 }
 
 void TestZBPlaylistFile::anotherLibraryGetsTheTracksAsExported()
@@ -255,28 +273,10 @@ void TestZBPlaylistFile::anotherLibraryGetsTheTracksAsExported()
     QCOMPARE(result.tracksNewToLibrary, 3);
     QCOMPARE(result.tracksInList, 3);
     const ZBPlaylist *imported = other.getPlaylistsFromLibraryByUUID(result.playlistUUID);
-    QCOMPARE(paths(imported->Item()), paths(playlist->Item()));
-
-    for (const ZBItem *mine : playlist->Item())
-    {
-        const ZBItem *theirs = nullptr;
-        for (const ZBItem *candidate : imported->Item())
-            theirs = candidate->Path() == mine->Path() ? candidate : theirs;
-        QVERIFY(theirs);
-        QVERIFY(theirs->ItemUUID() != mine->ItemUUID());
-        QCOMPARE(theirs->Name(), mine->Name());
-        QCOMPARE(theirs->Type(), mine->Type());
-        QCOMPARE(theirs->URL(), mine->URL());
-        QCOMPARE(theirs->Rating(), mine->Rating());
-        QCOMPARE(theirs->Length(), mine->Length());
-        QCOMPARE(theirs->PlayCount(), mine->PlayCount());
-        QCOMPARE(theirs->Added(), mine->Added());
-        QCOMPARE(theirs->SourcePageTitle(), mine->SourcePageTitle().isNull() ? QString("") : mine->SourcePageTitle());
-        // Never played stays never played, not "played on 1 January 2001".
-        QCOMPARE(theirs->LastPlayed().isValid(), mine->LastPlayed().isValid());
-        if (mine->LastPlayed().isValid())
-            QCOMPARE(theirs->LastPlayed(), mine->LastPlayed());
-    }
+    // A new track of its own for each, never played staying never played.
+    QCOMPARE(described(imported->Item()), described(playlist->Item()));
+    for (const ZBItem *theirs : imported->Item())
+        QVERIFY(!m_library->itemByUUID(theirs->ItemUUID()));
 }
 
 void TestZBPlaylistFile::smartListsTravelWithTheirFilterAndNoTracks()
@@ -341,11 +341,7 @@ void TestZBPlaylistFile::aPathAlreadyInTheLibraryKeepsItsTrack()
     QCOMPARE(trackCount(), before + 1);
     const ZBItem *kept = m_library->itemByUUID(mine);
     QVERIFY(list(result.playlistUUID)->Item().contains(kept));
-    QCOMPARE(kept->Name(), QStringLiteral("Mine"));
-    QCOMPARE(kept->Path(), QStringLiteral("/v/Shared.mp4"));
-    QCOMPARE(kept->Rating(), std::optional<qint32>(5));
-    QCOMPARE(kept->PlayCount(), std::optional<qint32>(9));
-    QVERIFY(!kept->LastPlayed().isValid());
+    QCOMPARE(describe(kept), QStringLiteral("Mine|mp4|/v/Shared.mp4|||5|30|9|2020-01-01T00:00:00.000Z|never"));
 }
 
 void TestZBPlaylistFile::aGapInTheNumberingEndsTheTracks()
