@@ -26,12 +26,8 @@ private Q_SLOTS:
     void initTestCase();
     void cleanup();
 
-    void dayWordsAroundMidnight_data();
-    void dayWordsAroundMidnight();
-    void noonYesterdayInGerman();
-    void otherDaysShowTheMediumDate();
-    void referenceDateIsBlank();
-    void invalidDateIsBlank();
+    void naturalText_data();
+    void naturalText();
     void dayWordsAreCapitalised();
     void nowDefaultsToTheClock();
 };
@@ -47,79 +43,50 @@ void TestZBStringDateAdditions::cleanup()
     ZBLocalizer::setLanguage(QString());
 }
 
-void TestZBStringDateAdditions::dayWordsAroundMidnight_data()
+void TestZBStringDateAdditions::naturalText_data()
 {
+    QTest::addColumn<QString>("language");
     QTest::addColumn<QDateTime>("date");
     QTest::addColumn<QDateTime>("now");
-    QTest::addColumn<QString>("word");
+    // "%t" stands for the locale's short time of the date.
+    QTest::addColumn<QString>("expected");
 
+    const QString en = QStringLiteral("English");
+    const QString de = QStringLiteral("German");
+    const QDateTime june15 = local(2024, 6, 15, 9, 30);
+    const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
     QTest::newRow("a second before midnight is yesterday")
-        << local(2024, 3, 9, 23, 59, 59) << local(2024, 3, 10, 0, 0, 30) << "Yesterday";
-    QTest::newRow("midnight is today") << local(2024, 3, 10, 0, 0, 0) << local(2024, 3, 10, 0, 0, 30) << "Today";
+        << en << local(2024, 3, 9, 23, 59, 59) << local(2024, 3, 10, 0, 0, 30) << "Yesterday, %t";
+    QTest::newRow("midnight is today") << en << local(2024, 3, 10, 0, 0, 0) << local(2024, 3, 10, 0, 0, 30)
+                                       << "Today, %t";
     QTest::newRow("last second of the day is today")
-        << local(2024, 3, 10, 23, 59, 59) << local(2024, 3, 10, 0, 0, 30) << "Today";
+        << en << local(2024, 3, 10, 23, 59, 59) << local(2024, 3, 10, 0, 0, 30) << "Today, %t";
     QTest::newRow("next midnight is tomorrow")
-        << local(2024, 3, 11, 0, 0, 0) << local(2024, 3, 10, 23, 59, 59) << "Tomorrow";
-    QTest::newRow("across a month end") << local(2024, 2, 29, 18, 0) << local(2024, 3, 1, 6, 0) << "Yesterday";
-    QTest::newRow("across a year end") << local(2025, 1, 1, 0, 5) << local(2024, 12, 31, 22, 0) << "Tomorrow";
+        << en << local(2024, 3, 11, 0, 0, 0) << local(2024, 3, 10, 23, 59, 59) << "Tomorrow, %t";
+    QTest::newRow("across a month end") << en << local(2024, 2, 29, 18, 0) << local(2024, 3, 1, 6, 0)
+                                        << "Yesterday, %t";
+    QTest::newRow("across a year end") << en << local(2025, 1, 1, 0, 5) << local(2024, 12, 31, 22, 0) << "Tomorrow, %t";
+    QTest::newRow("German yesterday") << de << local(2024, 6, 14, 12, 0) << june15 << "Gestern, 12:00";
+    QTest::newRow("German today") << de << local(2024, 6, 15, 7, 5) << june15 << "Heute, 07:05";
+    QTest::newRow("German tomorrow") << de << local(2024, 6, 16, 20, 45) << june15 << "Morgen, 20:45";
+    QTest::newRow("German other day") << de << local(2023, 12, 24, 18, 30) << june15 << "24.12.2023, 18:30";
+    QTest::newRow("English other day") << en << local(2024, 6, 17, 8, 0) << june15 << "Jun 17, 2024, %t";
+    QTest::newRow("invalid date is blank") << en << QDateTime() << june15 << "";
+    QTest::newRow("reference date is blank") << en << reference << june15 << "";
+    QTest::newRow("reference date in another zone") << en << reference.toTimeZone(QTimeZone(3600 * 5)) << june15 << "";
+    QTest::newRow("a second after the reference") << en << reference.addSecs(1) << reference.addSecs(2) << "Today, %t";
 }
 
-void TestZBStringDateAdditions::dayWordsAroundMidnight()
+void TestZBStringDateAdditions::naturalText()
 {
+    QFETCH(QString, language);
     QFETCH(QDateTime, date);
     QFETCH(QDateTime, now);
-    QFETCH(QString, word);
+    QFETCH(QString, expected);
 
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
+    ZBLocalizer::setLanguage(language);
     QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(date, now),
-             word + QStringLiteral(", ") + shortTime(date.time()));
-}
-
-void TestZBStringDateAdditions::noonYesterdayInGerman()
-{
-    ZBLocalizer::setLanguage(QStringLiteral("German"));
-    const QDateTime now = local(2024, 6, 15, 9, 30);
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(local(2024, 6, 14, 12, 0), now),
-             QStringLiteral("Gestern, 12:00"));
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(local(2024, 6, 15, 7, 5), now),
-             QStringLiteral("Heute, 07:05"));
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(local(2024, 6, 16, 20, 45), now),
-             QStringLiteral("Morgen, 20:45"));
-}
-
-void TestZBStringDateAdditions::otherDaysShowTheMediumDate()
-{
-    const QDateTime now = local(2024, 6, 15, 9, 30);
-
-    ZBLocalizer::setLanguage(QStringLiteral("German"));
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(local(2024, 6, 13, 12, 0), now),
-             QStringLiteral("13.06.2024, 12:00"));
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(local(2023, 12, 24, 18, 30), now),
-             QStringLiteral("24.12.2023, 18:30"));
-
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(local(2024, 6, 17, 8, 0), now),
-             QStringLiteral("Jun 17, 2024, ") + shortTime(QTime(8, 0)));
-}
-
-void TestZBStringDateAdditions::referenceDateIsBlank()
-{
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
-    const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
-    const QDateTime now = local(2024, 6, 15, 9, 30);
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(reference, now), QString());
-    // The same instant written in another zone is still the reference date.
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(reference.toTimeZone(QTimeZone(3600 * 5)), now), QString());
-    QVERIFY(!ZBStringDateAdditions::naturalStringFromDate(reference.addSecs(1), now).isEmpty());
-    // Shown as "today" when today is that very day, only a second later.
-    QVERIFY(ZBStringDateAdditions::naturalStringFromDate(reference.addSecs(1), reference.addSecs(2))
-                .startsWith(QLatin1String("Today, ")));
-}
-
-void TestZBStringDateAdditions::invalidDateIsBlank()
-{
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
-    QCOMPARE(ZBStringDateAdditions::naturalStringFromDate(QDateTime(), local(2024, 6, 15, 9, 30)), QString());
+             QString(expected).replace(QLatin1String("%t"), shortTime(date.time())));
 }
 
 void TestZBStringDateAdditions::dayWordsAreCapitalised()

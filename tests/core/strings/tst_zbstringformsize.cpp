@@ -12,13 +12,9 @@ private Q_SLOTS:
     void initTestCase();
     void cleanup();
 
-    void templates();
     void sizes_data();
     void sizes();
-    void rates_data();
-    void rates();
     void unitNamesFallBackWithoutTableEntries();
-    void unknownUnitIndex();
     void unitNamesFollowTheTable();
 
     void durations_data();
@@ -36,44 +32,41 @@ void TestZBStringFormSize::cleanup()
     ZBLocalizer::setLanguage(QString());
 }
 
-void TestZBStringFormSize::templates()
-{
-    // Both end in a blank: the unit follows without one of its own.
-    QCOMPARE(ZBStringFormSize::intTemplate(), QStringLiteral("%.0f "));
-    QCOMPARE(ZBStringFormSize::floatTemplate(), QStringLiteral("%.2f "));
-}
-
 void TestZBStringFormSize::sizes_data()
 {
     QTest::addColumn<qint64>("bytes");
     QTest::addColumn<bool>("binary");
     QTest::addColumn<bool>("showDecimal");
     QTest::addColumn<QString>("expected");
+    QTest::addColumn<bool>("rate");
 
-    QTest::newRow("zero") << qint64(0) << true << false << "0 B";
-    QTest::newRow("999 binary") << qint64(999) << true << false << "999 B";
-    QTest::newRow("999 decimal with decimals") << qint64(999) << false << true << "999 B";
-    QTest::newRow("negative") << qint64(-1) << true << true << "-1 B";
-    QTest::newRow("large negative stays in bytes") << qint64(-5000000) << false << false << "-5000000 B";
+    QTest::newRow("zero") << qint64(0) << true << false << "0 B" << false;
+    QTest::newRow("negative") << qint64(-1) << true << true << "-1 B" << false;
+    QTest::newRow("large negative stays in bytes") << qint64(-5000000) << false << false << "-5000000 B" << false;
     // Binary sizes switch units at the decimal points too.
-    QTest::newRow("1000 binary") << qint64(1000) << true << false << "0 KB";
-    QTest::newRow("1000 binary with decimals") << qint64(1000) << true << true << "0.98 KB";
-    QTest::newRow("1023 binary") << qint64(1023) << true << false << "0 KB";
-    QTest::newRow("1024 binary") << qint64(1024) << true << false << "1 KB";
-    QTest::newRow("1536 binary with decimals") << qint64(1536) << true << true << "1.50 KB";
-    QTest::newRow("1536 binary whole kilobytes") << qint64(1536) << true << false << "1 KB";
-    QTest::newRow("1999 decimal rounds down") << qint64(1999) << false << false << "1 KB";
-    QTest::newRow("1500 decimal with decimals") << qint64(1500) << false << true << "1.50 KB";
-    QTest::newRow("999999 binary") << qint64(999999) << true << false << "976 KB";
-    QTest::newRow("999999 decimal") << qint64(999999) << false << false << "999 KB";
-    QTest::newRow("999999 decimal with decimals") << qint64(999999) << false << true << "1000.00 KB";
-    QTest::newRow("1000000 decimal") << qint64(1000000) << false << false << "1 MB";
-    QTest::newRow("1000000 binary") << qint64(1000000) << true << false << "0 MB";
-    QTest::newRow("1000000 binary with decimals") << qint64(1000000) << true << true << "0.95 MB";
-    QTest::newRow("3 GB binary") << qint64(3221225472) << true << false << "3072 MB";
-    QTest::newRow("3 GB binary with decimals") << qint64(3221225472) << true << true << "3072.00 MB";
-    QTest::newRow("3 GB decimal") << qint64(3221225472) << false << false << "3221 MB";
-    QTest::newRow("petabyte stays in megabytes") << qint64(1000000000000000) << false << false << "1000000000 MB";
+    QTest::newRow("1000 binary") << qint64(1000) << true << false << "0 KB" << false;
+    QTest::newRow("1000 binary with decimals") << qint64(1000) << true << true << "0.98 KB" << false;
+    QTest::newRow("1023 binary") << qint64(1023) << true << false << "0 KB" << false;
+    QTest::newRow("1024 binary") << qint64(1024) << true << false << "1 KB" << false;
+    QTest::newRow("1536 binary with decimals") << qint64(1536) << true << true << "1.50 KB" << false;
+    QTest::newRow("1999 decimal rounds down") << qint64(1999) << false << false << "1 KB" << false;
+    QTest::newRow("1500 decimal with decimals") << qint64(1500) << false << true << "1.50 KB" << false;
+    QTest::newRow("999999 binary") << qint64(999999) << true << false << "976 KB" << false;
+    QTest::newRow("999999 decimal") << qint64(999999) << false << false << "999 KB" << false;
+    QTest::newRow("999999 decimal with decimals") << qint64(999999) << false << true << "1000.00 KB" << false;
+    QTest::newRow("1000000 decimal") << qint64(1000000) << false << false << "1 MB" << false;
+    QTest::newRow("1000000 binary with decimals") << qint64(1000000) << true << true << "0.95 MB" << false;
+    QTest::newRow("3 GB binary") << qint64(3221225472) << true << false << "3072 MB" << false;
+    QTest::newRow("3 GB decimal") << qint64(3221225472) << false << false << "3221 MB" << false;
+    QTest::newRow("petabyte stays in megabytes")
+        << qint64(1000000000000000) << false << false << "1000000000 MB" << false;
+    // The shipped tables name the byte unit "B" for both sizes and rates,
+    // because both look up the key "byte".
+    QTest::newRow("rate in bytes") << qint64(512) << true << false << "512 B" << true;
+    QTest::newRow("rate in kilobytes binary") << qint64(1536) << true << true << "1.50 KB/s" << true;
+    QTest::newRow("rate in kilobytes decimal") << qint64(250000) << false << false << "250 KB/s" << true;
+    QTest::newRow("rate in megabytes binary") << qint64(2097152) << true << false << "2 MB/s" << true;
+    QTest::newRow("rate in megabytes decimal") << qint64(12345678) << false << true << "12.35 MB/s" << true;
 }
 
 void TestZBStringFormSize::sizes()
@@ -82,40 +75,12 @@ void TestZBStringFormSize::sizes()
     QFETCH(bool, binary);
     QFETCH(bool, showDecimal);
     QFETCH(QString, expected);
+    QFETCH(bool, rate);
 
     ZBLocalizer::setLanguage(QStringLiteral("English"));
-    const QString text = binary ? ZBStringFormSize::stringFromSizeBin(bytes, showDecimal)
-                                : ZBStringFormSize::stringFromSizeDec(bytes, showDecimal);
-    QCOMPARE(text, expected);
-}
-
-void TestZBStringFormSize::rates_data()
-{
-    QTest::addColumn<qint64>("bytesPerSecond");
-    QTest::addColumn<bool>("binary");
-    QTest::addColumn<bool>("showDecimal");
-    QTest::addColumn<QString>("expected");
-
-    // The shipped tables name the byte unit "B" for both sizes and rates,
-    // because both look up the key "byte".
-    QTest::newRow("bytes") << qint64(512) << true << false << "512 B";
-    QTest::newRow("kilobytes binary") << qint64(1536) << true << true << "1.50 KB/s";
-    QTest::newRow("kilobytes decimal") << qint64(250000) << false << false << "250 KB/s";
-    QTest::newRow("megabytes binary") << qint64(2097152) << true << false << "2 MB/s";
-    QTest::newRow("megabytes decimal") << qint64(12345678) << false << true << "12.35 MB/s";
-}
-
-void TestZBStringFormSize::rates()
-{
-    QFETCH(qint64, bytesPerSecond);
-    QFETCH(bool, binary);
-    QFETCH(bool, showDecimal);
-    QFETCH(QString, expected);
-
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
-    const QString text = binary ? ZBStringFormSize::stringFromSpeedBin(bytesPerSecond, showDecimal)
-                                : ZBStringFormSize::stringFromSpeedDec(bytesPerSecond, showDecimal);
-    QCOMPARE(text, expected);
+    const auto form = rate ? (binary ? &ZBStringFormSize::stringFromSpeedBin : &ZBStringFormSize::stringFromSpeedDec)
+                           : (binary ? &ZBStringFormSize::stringFromSizeBin : &ZBStringFormSize::stringFromSizeDec);
+    QCOMPARE(form(bytes, showDecimal), expected);
 }
 
 void TestZBStringFormSize::unitNamesFallBackWithoutTableEntries()
@@ -132,14 +97,11 @@ void TestZBStringFormSize::unitNamesFallBackWithoutTableEntries()
     QCOMPARE(ZBStringFormSize::speedSpecifier(1), QStringLiteral("KB/s"));
     QCOMPARE(ZBStringFormSize::speedSpecifier(2), QStringLiteral("MB/s"));
     QCOMPARE(ZBStringFormSize::stringFromSpeedDec(10, false), QStringLiteral("10 B/s"));
-}
-
-void TestZBStringFormSize::unknownUnitIndex()
-{
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
     QCOMPARE(ZBStringFormSize::sizeSpecifier(3), QStringLiteral("?"));
     QCOMPARE(ZBStringFormSize::sizeSpecifier(-1), QStringLiteral("?"));
     QCOMPARE(ZBStringFormSize::speedSpecifier(3), QStringLiteral("?"));
+    // Both templates end in a blank: the unit follows without one of its own.
+    QCOMPARE(ZBStringFormSize::intTemplate() + ZBStringFormSize::floatTemplate(), QStringLiteral("%.0f %.2f "));
 }
 
 void TestZBStringFormSize::unitNamesFollowTheTable()
