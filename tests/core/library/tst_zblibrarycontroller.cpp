@@ -9,9 +9,9 @@
 
 namespace
 {
-QString addTrack(ZBLibraryController &library, const QString &name, const QString &path, const QString &url = QString(""),
-                 const QString &type = QStringLiteral("mp4"), const QDateTime &added = QDateTime::currentDateTimeUtc(),
-                 qint32 playCount = 0)
+QString addTrack(ZBLibraryController &library, const QString &name, const QString &path,
+                 const QString &url = QString(""), const QString &type = QStringLiteral("mp4"),
+                 const QDateTime &added = QDateTime::currentDateTimeUtc(), qint32 playCount = 0)
 {
     return library.addItemToLibrarybyName(name, path, url, type, 0, 60, playCount, added, QDateTime(), QString());
 }
@@ -58,6 +58,15 @@ private:
     std::unique_ptr<nvktest::DataDir> m_dir;
     std::unique_ptr<ZBLibraryController> m_library;
 
+    // The sorted names of the tracks a standard list shows.
+    QStringList listed(const char *name)
+    {
+        QStringList result = names(m_library->getItemsFromPlaylist(
+            m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName(QLatin1String(name)))));
+        result.sort();
+        return result;
+    }
+
     void reopen()
     {
         m_library = std::make_unique<ZBLibraryController>();
@@ -82,15 +91,13 @@ void TestZBLibraryController::cleanup()
 
 void TestZBLibraryController::generatedUUIDsHaveTheCanonicalForm()
 {
-    static const QRegularExpression form(QStringLiteral("^[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}$"));
+    static const QRegularExpression form(
+        QStringLiteral("^[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}$"));
     QSet<QString> seen;
     for (int i = 0; i < 200; ++i)
     {
         const QString uuid = ZBAdditionalMethods::generateUUID();
-        QCOMPARE(uuid.size(), 36);
         QVERIFY2(form.match(uuid).hasMatch(), qPrintable(uuid));
-        for (int position : {8, 13, 18, 23})
-            QCOMPARE(uuid.at(position), QLatin1Char('-'));
         QVERIFY(!seen.contains(uuid));
         seen.insert(uuid);
     }
@@ -98,7 +105,8 @@ void TestZBLibraryController::generatedUUIDsHaveTheCanonicalForm()
 
 void TestZBLibraryController::newPlaylistReadsAsPlainUserList()
 {
-    const QString uuid = m_library->addPlaylistToLibraryByName(QStringLiteral("Mine"), QStringLiteral("Name"), true, 200);
+    const QString uuid =
+        m_library->addPlaylistToLibraryByName(QStringLiteral("Mine"), QStringLiteral("Name"), true, 200);
     // Both through a query and after the record went through the file.
     for (int pass = 0; pass < 2; ++pass)
     {
@@ -113,8 +121,8 @@ void TestZBLibraryController::newPlaylistReadsAsPlainUserList()
 
 void TestZBLibraryController::standardListsAreCreatedOnceAndSurviveRestart()
 {
-    const QStringList standard = {"All Tracks", "NowBrowsing", "Video",     "SWF",      "Real video",
-                                  "Silverlight", "Today",      "Last week", "Last month"};
+    const QStringList standard = {"All Tracks",  "NowBrowsing", "Video",     "SWF",       "Real video",
+                                  "Silverlight", "Today",       "Last week", "Last month"};
     QHash<QString, QString> uuids;
     for (const QString &name : standard)
     {
@@ -159,12 +167,6 @@ void TestZBLibraryController::standardListsSelectTheirTracks()
     addTrack(*m_library, "real", "/m/clip.rm", "", "rm");
     addTrack(*m_library, "realvideo", "/m/clip.rmvb", "", "rmvb");
     addTrack(*m_library, "silver", "/m/app.xap", "", "xap");
-    const auto listed = [this](const char *name) {
-        QStringList result = names(m_library->getItemsFromPlaylist(
-            m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName(QLatin1String(name)))));
-        result.sort();
-        return result;
-    };
     QCOMPARE(listed("All Tracks"), QStringList({"cartoon", "movie", "projector", "real", "realvideo", "silver"}));
     QCOMPARE(listed("Video"), QStringList({"movie"}));
     QCOMPARE(listed("SWF"), QStringList({"cartoon", "projector"}));
@@ -184,15 +186,8 @@ void TestZBLibraryController::downloadFiltersFollowTheClockAtEachStart()
 
     m_library->refreshDownloadSmartList(start);
     ZBPlaylist *today = m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName("Today"));
-    QCOMPARE(today->Request(),
-             QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
-                               ZBPredicate::referenceSecondsFromDate(start) - 86400.0));
-    const auto listed = [this](const char *name) {
-        QStringList result = names(m_library->getItemsFromPlaylist(
-            m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName(QLatin1String(name)))));
-        result.sort();
-        return result;
-    };
+    QCOMPARE(today->Request(), QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
+                                                 ZBPredicate::referenceSecondsFromDate(start) - 86400.0));
     QCOMPARE(listed("Today"), QStringList({"edge"}));
     QCOMPARE(listed("Last week"), QStringList({"edge", "old", "week"}));
     QCOMPARE(listed("Last month"), QStringList({"edge", "month", "old", "week"}));
@@ -411,7 +406,8 @@ void TestZBLibraryController::resourcesOfAnItem()
     item = m_library->managedObjectContext()->items().first();
     auto resources = m_library->getResourcesFromBundle(item);
     std::sort(resources.begin(), resources.end(),
-              [](const QVariantMap &a, const QVariantMap &b) { return a.value("Path").toString() < b.value("Path").toString(); });
+              [](const QVariantMap &a, const QVariantMap &b)
+              { return a.value("Path").toString() < b.value("Path").toString(); });
     QCOMPARE(resources.size(), 2);
     QCOMPARE(resources[0].value("Base").toString(), QStringLiteral("1"));
     QCOMPARE(resources[0].value("Path").toString(), QStringLiteral("/p/index.swf"));
@@ -444,8 +440,10 @@ void TestZBLibraryController::largeLibrariesFilterToTheSameOrderedResult()
         item->setURL(i % 3 ? QStringLiteral("") : QStringLiteral("http://x/%1").arg(i));
         item->setPlayCountValue(i % 11);
     }
-    for (const char *text : {"Name CONTAINS[cd] 'ete' AND Name CONTAINS '7'", "(Type contains[cd] 'SWF') OR "
-                             "(Type contains[cd] 'EXE')", "!(URL == '') AND PlayCount > 5", "Name like[cd] '*'"})
+    for (const char *text : {"Name CONTAINS[cd] 'ete' AND Name CONTAINS '7'",
+                             "(Type contains[cd] 'SWF') OR "
+                             "(Type contains[cd] 'EXE')",
+                             "!(URL == '') AND PlayCount > 5", "Name like[cd] '*'"})
     {
         const ZBPredicate predicate = ZBPredicate::parse(QLatin1String(text));
         QVERIFY2(predicate.isValid(), text);
