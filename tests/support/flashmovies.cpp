@@ -7,6 +7,7 @@
 #include <string>
 
 #include <QList>
+#include <QRect>
 
 namespace nvktest
 {
@@ -54,6 +55,33 @@ int modLevels(int value)
     return ((value % Levels) + Levels) % Levels;
 }
 
+QColor counterMovieColour(int frame)
+{
+    const int index = paletteIndex(frame);
+    const int d0 = index % Levels;
+    const int d1 = index / Levels % Levels;
+    const int d2 = index / (Levels * Levels);
+    // Each channel adds up the digits below it as well, so going to the next
+    // frame changes all three channels, carries included: a frame is never
+    // one small step from its neighbours.
+    return QColor(level(d0), level(modLevels(d0 + d1)), level(modLevels(d0 + d1 + d2)));
+}
+
+// The moving square of `frame`, in stage pixels.
+QRect counterMovieSquare(int frame, const CounterMovieOptions &options)
+{
+    const int travel = std::max(1, options.width - 2 * SquareMargin - SquareSize);
+    const int x = SquareMargin + int(qint64(SquareStep) * checkedFrame(frame) % travel);
+    return QRect(x, SquareMargin, SquareSize, SquareSize);
+}
+
+// The stage colour the movie declares, which no frame uses; seeing it means
+// the frame's rectangle was not drawn.
+QColor counterMovieBackground()
+{
+    return QColor(255, 0, 255);
+}
+
 bool lightFrame(int frame)
 {
     const QColor colour = counterMovieColour(frame);
@@ -66,18 +94,6 @@ void check(bool condition, const char *what)
         throw std::invalid_argument(std::string("counter movie: ") + what);
 }
 } // namespace
-
-QColor counterMovieColour(int frame)
-{
-    const int index = paletteIndex(frame);
-    const int d0 = index % Levels;
-    const int d1 = index / Levels % Levels;
-    const int d2 = index / (Levels * Levels);
-    // Each channel adds up the digits below it as well, so going to the next
-    // frame changes all three channels, carries included: a frame is never
-    // one small step from its neighbours.
-    return QColor(level(d0), level(modLevels(d0 + d1)), level(modLevels(d0 + d1 + d2)));
-}
 
 int counterMovieFrameForColour(const QColor &colour, int tolerance)
 {
@@ -96,21 +112,9 @@ int counterMovieFrameForColour(const QColor &colour, int tolerance)
     return d0 + Levels * d1 + Levels * Levels * d2;
 }
 
-QRect counterMovieSquare(int frame, const CounterMovieOptions &options)
-{
-    const int travel = std::max(1, options.width - 2 * SquareMargin - SquareSize);
-    const int x = SquareMargin + int(qint64(SquareStep) * checkedFrame(frame) % travel);
-    return QRect(x, SquareMargin, SquareSize, SquareSize);
-}
-
 QColor counterMovieSquareColour(int frame)
 {
     return lightFrame(frame) ? QColor(0, 0, 0) : QColor(255, 255, 255);
-}
-
-QColor counterMovieBackground()
-{
-    return QColor(255, 0, 255);
 }
 
 QByteArray makeCounterMovie(const CounterMovieOptions &options)

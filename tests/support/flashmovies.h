@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QColor>
-#include <QRect>
 
 #include "support/swfwriter.h"
 
@@ -56,16 +55,11 @@ inline constexpr int CounterMovieColourTolerance = 12;
 // Throws std::invalid_argument for options it cannot honour.
 QByteArray makeCounterMovie(const CounterMovieOptions &options = {});
 
-QColor counterMovieColour(int frame);
 // The frame, modulo CounterMoviePaletteSize, whose colour `colour` is within
 // `tolerance` of in every channel; -1 when there is none.
 int counterMovieFrameForColour(const QColor &colour, int tolerance = CounterMovieColourTolerance);
 
-// The moving square of `frame`, in stage pixels, and its colour: black or
-// white, whichever stands out from the frame's colour.
-QRect counterMovieSquare(int frame, const CounterMovieOptions &options = {});
+// The colour of the moving square of `frame`: black or white, whichever
+// stands out from the frame's colour.
 QColor counterMovieSquareColour(int frame);
-// The stage colour the movie declares, which no frame uses; seeing it means
-// the frame's rectangle was not drawn.
-QColor counterMovieBackground();
 } // namespace nvktest

@@ -93,6 +93,21 @@ void straightSide(BitWriter &bits, qint32 dx, qint32 dy)
     }
 }
 
+// A MATRIX with a translation only.
+QByteArray translateMatrix(qint32 translateX, qint32 translateY)
+{
+    const int nbits = SwfWriter::bitsFor(translateX, translateY, 0, 0);
+    if (nbits > 31)
+        unwritable("translation out of range");
+    BitWriter bits;
+    bits.write(0, 1); // no scale
+    bits.write(0, 1); // no rotation
+    bits.write(quint32(nbits), 5);
+    bits.write(quint32(translateX), nbits);
+    bits.write(quint32(translateY), nbits);
+    return bits.bytes();
+}
+
 QByteArray placeObject(quint16 depth, std::optional<quint16> characterId, std::optional<QPoint> translate, bool move)
 {
     QByteArray out;
@@ -101,7 +116,7 @@ QByteArray placeObject(quint16 depth, std::optional<quint16> characterId, std::o
     if (characterId)
         appendLE16(out, *characterId);
     if (translate)
-        out += SwfWriter::translateMatrix(translate->x(), translate->y());
+        out += translateMatrix(translate->x(), translate->y());
     return out;
 }
 
@@ -383,47 +398,15 @@ QByteArray SwfWriter::replaceObject2(quint16 depth, quint16 characterId, std::op
     return placeObject(depth, characterId, translate, true);
 }
 
-QByteArray SwfWriter::removeObject2(quint16 depth)
-{
-    QByteArray out;
-    appendLE16(out, depth);
-    return out;
-}
-
-QByteArray SwfWriter::translateMatrix(qint32 translateX, qint32 translateY)
-{
-    const int nbits = bitsFor(translateX, translateY, 0, 0);
-    if (nbits > 31)
-        unwritable("translation out of range");
-    BitWriter bits;
-    bits.write(0, 1); // no scale
-    bits.write(0, 1); // no rotation
-    bits.write(quint32(nbits), 5);
-    bits.write(quint32(translateX), nbits);
-    bits.write(quint32(translateY), nbits);
-    return bits.bytes();
-}
-
 QByteArray SwfWriter::actionStop()
 {
     return QByteArray(1, char(0x07));
 }
 
-QByteArray SwfWriter::actionPlay()
+QByteArray SwfWriter::actionFsCommand(QByteArrayView command, QByteArrayView arguments)
 {
-    return QByteArray(1, char(0x06));
-}
-
-QByteArray SwfWriter::actionGotoFrame(quint16 frame)
-{
-    QByteArray out(1, char(0x81));
-    appendLE16(out, 2);
-    appendLE16(out, frame);
-    return out;
-}
-
-QByteArray SwfWriter::actionGetUrl(QByteArrayView url, QByteArrayView target)
-{
+    const QByteArray url = "FSCommand:" + command.toByteArray();
+    const QByteArrayView target = arguments;
     if (url.contains('\0') || target.contains('\0'))
         unwritable("a zero byte would end the string early");
     const qsizetype length = url.size() + 1 + target.size() + 1;
@@ -436,12 +419,6 @@ QByteArray SwfWriter::actionGetUrl(QByteArrayView url, QByteArrayView target)
     out.append(target.data(), target.size());
     out.append('\0');
     return out;
-}
-
-QByteArray SwfWriter::actionFsCommand(QByteArrayView command, QByteArrayView arguments)
-{
-    const QByteArray url = "FSCommand:" + command.toByteArray();
-    return actionGetUrl(url, arguments);
 }
 
 QByteArray SwfWriter::doAction(const QByteArray &actions)

@@ -28,7 +28,6 @@ public:
     static constexpr int SetBackgroundColorTag = 9;
     static constexpr int DoActionTag = 12;
     static constexpr int PlaceObject2Tag = 26;
-    static constexpr int RemoveObject2Tag = 28;
     static constexpr int FileAttributesTag = 69;
 
     SwfWriter();
@@ -82,18 +81,10 @@ public:
     // PlaceObject2 that shows another character in place of the one at `depth`,
     // keeping the old position unless a translation is given.
     static QByteArray replaceObject2(quint16 depth, quint16 characterId, std::optional<QPoint> translate = {});
-    static QByteArray removeObject2(quint16 depth);
-    // A MATRIX with a translation only.
-    static QByteArray translateMatrix(qint32 translateX, qint32 translateY);
 
     // ActionScript 1/2 actions, to be joined and closed by doAction(). The
     // strings must not hold a zero byte, which would end them early.
     static QByteArray actionStop();
-    static QByteArray actionPlay();
-    // Frames count from 0 here (gotoAndStop(1) is frame 0); a player stops at
-    // the frame unless an actionPlay() follows.
-    static QByteArray actionGotoFrame(quint16 frame);
-    static QByteArray actionGetUrl(QByteArrayView url, QByteArrayView target);
     // How authoring tools compile fscommand(command, arguments): a GetURL of
     // "FSCommand:<command>" whose target carries the arguments.
     static QByteArray actionFsCommand(QByteArrayView command, QByteArrayView arguments = {});
