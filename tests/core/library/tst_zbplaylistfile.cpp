@@ -63,9 +63,15 @@ QStringList uuids(const QList<ZBItem *> &items)
 // real date.
 QString describe(const ZBItem *item)
 {
-    return QStringList{item->Name(), item->Type(), item->Path(), item->URL(), item->SourcePageTitle(),
-                       QString::number(item->Rating().value_or(-1)), QString::number(item->Length().value_or(-1)),
-                       QString::number(item->PlayCount().value_or(-1)), item->Added().toString(Qt::ISODateWithMs),
+    return QStringList{item->Name(),
+                       item->Type(),
+                       item->Path(),
+                       item->URL(),
+                       item->SourcePageTitle(),
+                       QString::number(item->Rating().value_or(-1)),
+                       QString::number(item->Length().value_or(-1)),
+                       QString::number(item->PlayCount().value_or(-1)),
+                       item->Added().toString(Qt::ISODateWithMs),
                        item->LastPlayed().isValid() ? item->LastPlayed().toString(Qt::ISODateWithMs) : "never"}
         .join(u'|');
 }
@@ -610,7 +616,8 @@ void TestZBPlaylistFile::failedExportsSayWhy()
     // A name XML cannot carry stops the export and leaves an older file whole.
     const QString path = m_dir->filePath(QStringLiteral("kept.nvp"));
     QVERIFY(ZBPlaylistFile::exportPlaylist(*m_library, playlist, path));
-    const QByteArray before = [&path] {
+    const QByteArray before = [&path]
+    {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }();

@@ -363,7 +363,9 @@ void TestZBSmartListRules::fillRulesRefuses_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("mentions");
     const auto refused = [](const char *name, const char *text, const char *mentions)
-    { QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(mentions); };
+    {
+        QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(mentions);
+    };
 
     refused("All Tracks", "Name like[cd] '*'", "LIKE");
     refused("Today", " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))", "comparisons");

@@ -166,8 +166,8 @@ void TestZBLocalizer::translations()
     // The smart-list editor tells "all" from "any" by their shown titles.
     ZBLocalizer::setLanguage(language);
     QVERIFY(ZBLocalizer::localizedStringForKey(QStringLiteral("smartWindowRuleAll"))
-                .compare(ZBLocalizer::localizedStringForKey(QStringLiteral("smartWindowRuleAny")), Qt::CaseInsensitive)
-            != 0);
+                .compare(ZBLocalizer::localizedStringForKey(QStringLiteral("smartWindowRuleAny")),
+                         Qt::CaseInsensitive) != 0);
 }
 
 void TestZBLocalizer::mainMenuDefinitionIsFullyTranslated_data()
@@ -207,13 +207,30 @@ void TestZBLocalizer::fallbackChain_data()
     QTest::addColumn<QString>("table");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("translation wins") << "German" << "greeting" << "" << "Hallo";
-    QTest::newRow("translation wins, named table") << "German" << "greeting" << kLocalizable << "Hallo";
-    QTest::newRow("English when the translation lacks it") << "German" << "farewell" << "" << "Goodbye";
-    QTest::newRow("English when the translation is unfinished") << "German" << "draft" << "" << "Sketch";
-    QTest::newRow("English when the language lacks the table") << "German" << "MainMenu_File" << kMainMenu << "File";
-    QTest::newRow("key when missing everywhere") << "German" << "noSuchKey" << "" << "noSuchKey";
-    QTest::newRow("key when missing in English") << "English" << "noSuchKey" << "" << "noSuchKey";
+    QTest::newRow("translation wins") << "German"
+                                      << "greeting"
+                                      << ""
+                                      << "Hallo";
+    QTest::newRow("translation wins, named table") << "German"
+                                                   << "greeting" << kLocalizable << "Hallo";
+    QTest::newRow("English when the translation lacks it") << "German"
+                                                           << "farewell"
+                                                           << ""
+                                                           << "Goodbye";
+    QTest::newRow("English when the translation is unfinished") << "German"
+                                                                << "draft"
+                                                                << ""
+                                                                << "Sketch";
+    QTest::newRow("English when the language lacks the table") << "German"
+                                                               << "MainMenu_File" << kMainMenu << "File";
+    QTest::newRow("key when missing everywhere") << "German"
+                                                 << "noSuchKey"
+                                                 << ""
+                                                 << "noSuchKey";
+    QTest::newRow("key when missing in English") << "English"
+                                                 << "noSuchKey"
+                                                 << ""
+                                                 << "noSuchKey";
 }
 
 void TestZBLocalizer::fallbackChain()
@@ -226,7 +243,8 @@ void TestZBLocalizer::fallbackChain()
         QSKIP("lrelease is not available (NVK_LRELEASE unset)");
 
     StringTableFixture tables;
-    QVERIFY(tables.addTable("English", kLocalizable, {{"greeting", "Hello"}, {"farewell", "Goodbye"}, {"draft", "Sketch"}}));
+    QVERIFY(tables.addTable("English", kLocalizable,
+                            {{"greeting", "Hello"}, {"farewell", "Goodbye"}, {"draft", "Sketch"}}));
     QVERIFY(tables.addTable("English", kMainMenu, {{"MainMenu_File", "File"}}));
     QVERIFY2(tables.addTable("German", kLocalizable, {{"greeting", "Hallo"}, {"draft", "Entwurf"}}, {"draft"}),
              qPrintable(tables.errorString()));
@@ -243,11 +261,16 @@ void TestZBLocalizer::languageChoice_data()
     QTest::addColumn<QString>("language");
     QTest::addColumn<QLocale::Language>("locale");
 
-    QTest::newRow("folder name, any case") << "german" << "German" << QLocale::German;
-    QTest::newRow("locale name") << "de" << "German" << QLocale::German;
-    QTest::newRow("locale with region") << "de_AT" << "German" << QLocale::German;
-    QTest::newRow("English region") << "en-GB" << "English" << QLocale::English;
-    QTest::newRow("unknown falls back to English") << "Elvish" << "English" << QLocale::English;
+    QTest::newRow("folder name, any case") << "german"
+                                           << "German" << QLocale::German;
+    QTest::newRow("locale name") << "de"
+                                 << "German" << QLocale::German;
+    QTest::newRow("locale with region") << "de_AT"
+                                        << "German" << QLocale::German;
+    QTest::newRow("English region") << "en-GB"
+                                    << "English" << QLocale::English;
+    QTest::newRow("unknown falls back to English") << "Elvish"
+                                                   << "English" << QLocale::English;
 }
 
 void TestZBLocalizer::languageChoice()
@@ -344,8 +367,8 @@ void TestZBLocalizer::menuRetitling()
     collectTitles(menuBar, titles);
     // Nested keys carry every English title above them; untitled menus and
     // their items are left alone; an unknown key shows as itself.
-    QCOMPARE(titles, (QStringList{"Norvik Player", "About Norvik Player", "Document", "", "MainMenu_File_Print…", "Play",
-                                  "Loop", "Loop One", "", "Hidden"}));
+    QCOMPARE(titles, (QStringList{"Norvik Player", "About Norvik Player", "Document", "", "MainMenu_File_Print…",
+                                  "Play", "Loop", "Loop One", "", "Hidden"}));
 }
 
 void TestZBLocalizer::sizeToFit_data()

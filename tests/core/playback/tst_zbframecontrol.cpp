@@ -299,18 +299,17 @@ void TestZBFrameControl::assembled_data()
     row("push constant 8", A().push({Value::constant(255)}), "96020008ff");
     row("push constant 16", A().push({Value::constant(300)}), "960300092c01");
     row("push several in one record", A().push({Value::null(), Value::string("f"), Value::integer(3)}),
-        "960900" "02" "006600" "0703000000");
-    row("push shorthands", A().pushString("x").pushInteger(1), "960300007800" "9605000701000000");
+        "960900020066000703000000");
+    row("push shorthands", A().pushString("x").pushInteger(1), "9603000078009605000701000000");
 
     // Count 2, then "a\0" and "bc\0".
-    row("constant pool", A().constantPool({"a", "bc"}), "880700" "0200" "6100" "626300");
-    row("branches", A().ifTrue(21).jump(-5), "9d02001500" "990200fbff");
-    row("gotos", A().gotoFrame2(true).gotoFrame2(false), "9f010001" "9f010000");
-    row("joined", A().play().append(A().gotoFrame2(true)).stop(), "06" "9f010001" "07");
+    row("constant pool", A().constantPool({"a", "bc"}), "88070002006100626300");
+    row("branches", A().ifTrue(21).jump(-5), "9d02001500990200fbff");
+    row("gotos", A().gotoFrame2(true).gotoFrame2(false), "9f0100019f010000");
+    row("joined", A().play().append(A().gotoFrame2(true)).stop(), "069f01000107");
     // "f\0", 2 parameters, "a\0", "bc\0", code size 2, then the body.
-    row("named function", A().defineFunction("f", {"a", "bc"}, A().play().stop()),
-        "9b0b00" "6600" "0200" "6100" "626300" "0200" "0607");
-    row("anonymous function", A().defineFunction({}, {}, A()), "9b0500" "00" "0000" "0000");
+    row("named function", A().defineFunction("f", {"a", "bc"}, A().play().stop()), "9b0b0066000200610062630002000607");
+    row("anonymous function", A().defineFunction({}, {}, A()), "9b05000000000000");
 }
 
 void TestZBFrameControl::assembled()

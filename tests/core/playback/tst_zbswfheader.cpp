@@ -80,8 +80,12 @@ void TestZBSwfHeader::headerFields_data()
     } kinds[] = {{"FWS", Compression::None}, {"CWS", Compression::Zlib}, {"ZWS", Compression::Lzma}};
     for (const auto &kind : kinds)
     {
-        const auto row = [&](const char *name, int version, QList<int> rect, int bits, double rate, int frames, bool as3)
-        { QTest::addRow("%s %s", kind.name, name) << kind.compression << version << rect << bits << rate << frames << as3; };
+        const auto row =
+            [&](const char *name, int version, QList<int> rect, int bits, double rate, int frames, bool as3)
+        {
+            QTest::addRow("%s %s", kind.name, name)
+                << kind.compression << version << rect << bits << rate << frames << as3;
+        };
         row("v6 550x400 12fps", 6, {0, 11000, 0, 8000}, 0, 12.0, 3, false);
         row("v8 AS2 29.97", 8, {0, 6400, 0, 4800}, 0, 29.96875, 10, false);
         row("v10 AS3", 10, {0, 20, 0, 20}, 0, 60.0, 1, true);
@@ -135,8 +139,7 @@ void TestZBSwfHeader::rectWidthDecidesWhereTheCountIs()
 {
     // Nbits 15: 5 + 60 = 65 bits, so 9 bytes of RECT; the count sits at
     // 8 + 9 + 2 = 19, low byte first.
-    const QByteArray movie =
-        SwfWriter().setVersion(6).setRectBits(15).addFrames(2).overrideFrameCount(0x1234).build();
+    const QByteArray movie = SwfWriter().setVersion(6).setRectBits(15).addFrames(2).overrideFrameCount(0x1234).build();
     QCOMPARE(quint8(movie[8]) >> 3, 15);
     QCOMPARE(quint8(movie[19]), quint8(0x34));
     QCOMPARE(quint8(movie[20]), quint8(0x12));
@@ -387,7 +390,8 @@ void TestZBSwfHeader::attributesPastTheStatedLengthDoNotCount()
     // on into an AS3 FileAttributes tag. What lies past the stated length is
     // not the movie; reading it must agree with the uncompressed copy, which
     // stops there.
-    const QByteArray movie = QByteArray::fromBase64("Q1dTCRYAAAB42qtgYI1nYOBfwMAkwcLgIsjBwMDgzH7//39GJAYHBjSEfv7/U5f5qA==");
+    const QByteArray movie =
+        QByteArray::fromBase64("Q1dTCRYAAAB42qtgYI1nYOBfwMAkwcLgIsjBwMDgzH7//39GJAYHBjSEfv7/U5f5qA==");
     const std::optional<ZBSwfHeader::Info> header = ZBSwfHeader::readHeader(movie);
     QVERIFY(header);
     QCOMPARE(header->fileLength, quint32(22));
@@ -416,8 +420,8 @@ void TestZBSwfHeader::headerReadsFromTheProbePrefix()
     options.version = 6;
     options.compression = compression;
     const QByteArray movie = nvktest::makeCounterMovie(options);
-    const auto header = ZBSwfHeader::readHeader(
-        QByteArrayView(movie).first(std::min(movie.size(), ZBSwfHeader::HeaderProbeSize)));
+    const auto header =
+        ZBSwfHeader::readHeader(QByteArrayView(movie).first(std::min(movie.size(), ZBSwfHeader::HeaderProbeSize)));
     QVERIFY(header);
     QCOMPARE(header->frameCount, 300);
     QCOMPARE(header->version, 6);

@@ -278,7 +278,9 @@ void TestZBPredicate::treeShape_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("description");
     const auto row = [](const char *name, const char *text, const char *description)
-    { QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(description); };
+    {
+        QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(description);
+    };
 
     row("and binds tighter", "a == 1 OR b == 2 AND c == 3", "((a == 1) OR ((b == 2) AND (c == 3)))");
     row("|| below &&", "a == 1 || b == 2 && c == 3", "((a == 1) OR ((b == 2) AND (c == 3)))");
@@ -289,7 +291,8 @@ void TestZBPredicate::treeShape_data()
     row("! binds tightest", "!a == 1 OR b == 2", "(NOT (a == 1) OR (b == 2))");
     row("not of a group", "NOT (a == 1 AND b == 2)", "NOT ((a == 1) AND (b == 2))");
     row("modifiers and quantifier", "any Playlist.Name like[DC] 'x*'", "(ANY Playlist.Name LIKE[cd] 'x*')");
-    row("spellings normalised", "a <> 1 || b =< 2 || c => 3 || d = 4", "((a != 1) OR (b <= 2) OR (c >= 3) OR (d == 4))");
+    row("spellings normalised", "a <> 1 || b =< 2 || c => 3 || d = 4",
+        "((a != 1) OR (b <= 2) OR (c >= 3) OR (d == 4))");
     row("constants", "a == nil AND b == yes AND c == -2.5", "((a == NIL) AND (b == YES) AND (c == -2.5))");
     row("redundant parentheses", "(((a == 1)))", "(a == 1)");
 }
@@ -309,7 +312,9 @@ void TestZBPredicate::stringLiterals_data()
     QTest::addColumn<QString>("literal");
     QTest::addColumn<QString>("value");
     const auto row = [](const char *name, const char *literal, const char *value)
-    { QTest::newRow(name) << QString::fromUtf8(literal) << QString::fromUtf8(value); };
+    {
+        QTest::newRow(name) << QString::fromUtf8(literal) << QString::fromUtf8(value);
+    };
 
     row("plain double", "\"abc\"", "abc");
     row("escaped single quote", "'it\\'s'", "it's");
@@ -392,7 +397,9 @@ void TestZBPredicate::standardLists_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expectedNames");
     const auto row = [](const char *name, const char *text, const char *names)
-    { QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(names); };
+    {
+        QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(names);
+    };
 
     row("All Tracks", "Name like[cd] '*'", "a b c d e f g h");
     row("Video",
@@ -403,8 +410,8 @@ void TestZBPredicate::standardLists_data()
     row("Real video", "(Type contains[cd] 'rm') OR (Type contains[cd] 'rv')", "d h");
     row("Silverlight", "Type contains[cd] 'XAP'", "e");
     row("Today", " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))", "b c f");
-    row("smart rule",
-        "(Name CONTAINS[CD] 'it\\'s') AND (Type > 'a') OR (Added > CAST(754012800.000000, 'NSDate'))", "c g");
+    row("smart rule", "(Name CONTAINS[CD] 'it\\'s') AND (Type > 'a') OR (Added > CAST(754012800.000000, 'NSDate'))",
+        "c g");
 }
 
 void TestZBPredicate::standardLists()

@@ -74,6 +74,15 @@ ZBSettings changedSettings()
     return s;
 }
 
+template <typename T>
+Reader of(T ZBSettings::*field)
+{
+    return [field](const ZBSettings &s)
+    {
+        return QVariant::fromValue(s.*field);
+    };
+}
+
 QString downloadsFolder()
 {
     return QDir::homePath() + QStringLiteral("/Downloads");
@@ -114,22 +123,18 @@ void TestZBSettings::freshUserGetsTheDefaults_data()
     QTest::addColumn<QVariant>("expected");
 
     // Values whose being wrong a user would notice at once.
-    QTest::newRow("Flash quality high") << Reader([](auto &s) { return s.option_flashDefaultQuality; }) << QVariant(2);
-    QTest::newRow("downloads folder") << Reader([](auto &s) { return s.option_pathForDownloads; })
-                                      << QVariant(downloadsFolder());
-    QTest::newRow("screenshot folder") << Reader([](auto &s) { return s.option_pathForScreenshot; })
-                                       << QVariant(downloadsFolder());
-    QTest::newRow("a shot a second") << Reader([](auto &s) { return s.option_screenShotInterval; }) << QVariant(1.0);
-    QTest::newRow("finished after 10 s on a frame")
-        << Reader([](auto &s) { return s.option_gotoStayingTimeValue; }) << QVariant(10.0);
-    QTest::newRow("full volume") << Reader([](auto &s) { return s.programVolume; }) << QVariant(1.0);
-    QTest::newRow("autoplay") << Reader([](auto &s) { return s.option_autoplayAddedFiles; }) << QVariant(true);
-    QTest::newRow("no local Flash access") << Reader([](auto &s) { return s.option_enableFlashLocalSecurity; })
-                                           << QVariant(false);
-    QTest::newRow("no repeat") << Reader([](auto &s) { return s.repeat; }) << QVariant(0);
-    QTest::newRow("main window on top") << Reader([](auto &s) { return s.onTopMode; }) << QVariant(1);
-    QTest::newRow("black FLV background") << Reader([](auto &s) { return s.flvBgColor; }) << QVariant("#000000");
-    QTest::newRow("no helper installed") << Reader([](auto &s) { return s.driverVersion; }) << QVariant(-1.0);
+    QTest::newRow("Flash quality high") << of(&ZBSettings::option_flashDefaultQuality) << QVariant(2);
+    QTest::newRow("downloads folder") << of(&ZBSettings::option_pathForDownloads) << QVariant(downloadsFolder());
+    QTest::newRow("screenshot folder") << of(&ZBSettings::option_pathForScreenshot) << QVariant(downloadsFolder());
+    QTest::newRow("a shot a second") << of(&ZBSettings::option_screenShotInterval) << QVariant(1.0);
+    QTest::newRow("finished after 10 s on a frame") << of(&ZBSettings::option_gotoStayingTimeValue) << QVariant(10.0);
+    QTest::newRow("full volume") << of(&ZBSettings::programVolume) << QVariant(1.0);
+    QTest::newRow("autoplay") << of(&ZBSettings::option_autoplayAddedFiles) << QVariant(true);
+    QTest::newRow("no local Flash access") << of(&ZBSettings::option_enableFlashLocalSecurity) << QVariant(false);
+    QTest::newRow("no repeat") << of(&ZBSettings::repeat) << QVariant(0);
+    QTest::newRow("main window on top") << of(&ZBSettings::onTopMode) << QVariant(1);
+    QTest::newRow("black FLV background") << of(&ZBSettings::flvBgColor) << QVariant("#000000");
+    QTest::newRow("no helper installed") << of(&ZBSettings::driverVersion) << QVariant(-1.0);
 }
 
 void TestZBSettings::freshUserGetsTheDefaults()
@@ -175,65 +180,60 @@ void TestZBSettings::storedValues_data()
     QTest::addColumn<QVariant>("expected");
     QTest::addColumn<bool>("warns");
 
-    const Reader autoplay = [](auto &s) { return s.option_autoplayAddedFiles; };
-    const Reader security = [](auto &s) { return s.option_enableFlashLocalSecurity; };
-    const Reader quality = [](auto &s) { return s.option_flashDefaultQuality; };
-    const Reader colour = [](auto &s) { return s.flvBgColor; };
-    const Reader interval = [](auto &s) { return s.option_screenShotInterval; };
+    const Reader autoplay = of(&ZBSettings::option_autoplayAddedFiles);
+    const Reader security = of(&ZBSettings::option_enableFlashLocalSecurity);
+    const Reader quality = of(&ZBSettings::option_flashDefaultQuality);
+    const Reader colour = of(&ZBSettings::flvBgColor);
+    const Reader interval = of(&ZBSettings::option_screenShotInterval);
 
     // Stores written by earlier versions and by the integration helper.
-    QTest::newRow("helper version") << "DriverVersion" << QVariant(1.2)
-                                    << Reader([](auto &s) { return s.driverVersion; }) << QVariant(1.2) << false;
+    QTest::newRow("helper version") << "DriverVersion" << QVariant(1.2) << of(&ZBSettings::driverVersion)
+                                    << QVariant(1.2) << false;
     QTest::newRow("colour in capitals") << "FlvBackgroundColor" << QVariant("#FF8000") << colour << QVariant("#ff8000")
                                         << false;
     // No range check: what was stored is what the user chose.
     QTest::newRow("quality 0") << "FlashDefaultQuality" << QVariant(0) << quality << QVariant(0) << false;
     QTest::newRow("interval 0") << "ScreenShotInterval" << QVariant(0.0) << interval << QVariant(0.0) << false;
-    QTest::newRow("repeat 7") << "RepeatOption" << QVariant(7) << Reader([](auto &s) { return s.repeat; })
-                              << QVariant(7) << false;
+    QTest::newRow("repeat 7") << "RepeatOption" << QVariant(7) << of(&ZBSettings::repeat) << QVariant(7) << false;
     // Booleans were stored as numbers, and hand-edited files say yes and no.
-    QTest::newRow("number 0 for a boolean") << "AutoplayAddedFiles" << QVariant(0) << autoplay << QVariant(false)
-                                            << false;
-    QTest::newRow("text 0 for a boolean") << "AutoplayAddedFiles" << QVariant("0") << autoplay << QVariant(false)
-                                          << false;
-    QTest::newRow("number 5 for a boolean") << "FlashLocalSecurity" << QVariant(5) << security << QVariant(true)
-                                            << false;
+    QTest::newRow("number 0 for a boolean")
+        << "AutoplayAddedFiles" << QVariant(0) << autoplay << QVariant(false) << false;
+    QTest::newRow("text 0 for a boolean")
+        << "AutoplayAddedFiles" << QVariant("0") << autoplay << QVariant(false) << false;
+    QTest::newRow("number 5 for a boolean")
+        << "FlashLocalSecurity" << QVariant(5) << security << QVariant(true) << false;
     QTest::newRow("NO for a boolean") << "AutoplayAddedFiles" << QVariant(" NO ") << autoplay << QVariant(false)
                                       << false;
     QTest::newRow("Yes for a boolean") << "FlashLocalSecurity" << QVariant("Yes") << security << QVariant(true)
                                        << false;
-    QTest::newRow("real for a whole number") << "FlashDefaultQuality" << QVariant(1.9) << quality << QVariant(1)
-                                             << false;
+    QTest::newRow("real for a whole number")
+        << "FlashDefaultQuality" << QVariant(1.9) << quality << QVariant(1) << false;
     QTest::newRow("text real for a whole number")
         << "FlashDefaultQuality" << QVariant("-1.5") << quality << QVariant(-1) << false;
-    QTest::newRow("boolean for a whole number") << "FlashDefaultQuality" << QVariant(true) << quality << QVariant(1)
-                                                << false;
+    QTest::newRow("boolean for a whole number")
+        << "FlashDefaultQuality" << QVariant(true) << quality << QVariant(1) << false;
     QTest::newRow("huge number for a whole number")
         << "FlashDefaultQuality" << QVariant(1e30) << quality << QVariant(std::numeric_limits<int>::max()) << false;
     QTest::newRow("number for a path") << "PathForScreenshot" << QVariant(42)
-                                       << Reader([](auto &s) { return s.option_pathForScreenshot; }) << QVariant("42")
-                                       << false;
+                                       << of(&ZBSettings::option_pathForScreenshot) << QVariant("42") << false;
     // Unusable values give each field its own default, never a blanket one.
-    QTest::newRow("text for a true boolean") << "AutoplayAddedFiles" << QVariant("abc") << autoplay << QVariant(true)
-                                             << true;
-    QTest::newRow("text for a false boolean") << "FlashLocalSecurity" << QVariant("abc") << security
-                                              << QVariant(false) << true;
-    QTest::newRow("empty text for a boolean") << "DriverOnOff" << QVariant("")
-                                              << Reader([](auto &s) { return s.option_driverOnOff; }) << QVariant(true)
-                                              << true;
-    QTest::newRow("text for a whole number") << "FlashDefaultQuality" << QVariant("high") << quality << QVariant(2)
-                                             << true;
+    QTest::newRow("text for a true boolean")
+        << "AutoplayAddedFiles" << QVariant("abc") << autoplay << QVariant(true) << true;
+    QTest::newRow("text for a false boolean")
+        << "FlashLocalSecurity" << QVariant("abc") << security << QVariant(false) << true;
+    QTest::newRow("empty text for a boolean")
+        << "DriverOnOff" << QVariant("") << of(&ZBSettings::option_driverOnOff) << QVariant(true) << true;
+    QTest::newRow("text for a whole number")
+        << "FlashDefaultQuality" << QVariant("high") << quality << QVariant(2) << true;
     QTest::newRow("text for a real") << "ScreenShotInterval" << QVariant("fast") << interval << QVariant(1.0) << true;
     QTest::newRow("list for a path") << "PathForDownloads" << QVariant(QStringList{"/a", "/b"})
-                                     << Reader([](auto &s) { return s.option_pathForDownloads; })
-                                     << QVariant(downloadsFolder()) << true;
-    QTest::newRow("colour name without #") << "FlvBackgroundColor" << QVariant("red") << colour << QVariant("#000000")
-                                           << true;
-    QTest::newRow("colour with bad digits") << "FlvBackgroundColor" << QVariant("#12345g") << colour
-                                            << QVariant("#000000") << true;
+                                     << of(&ZBSettings::option_pathForDownloads) << QVariant(downloadsFolder()) << true;
+    QTest::newRow("colour name without #")
+        << "FlvBackgroundColor" << QVariant("red") << colour << QVariant("#000000") << true;
+    QTest::newRow("colour with bad digits")
+        << "FlvBackgroundColor" << QVariant("#12345g") << colour << QVariant("#000000") << true;
     QTest::newRow("list for the tutorial state") << "showTutorial" << QVariant(QStringList{"hide", "show"})
-                                                 << Reader([](auto &s) { return s.showTutorial; }) << QVariant("show")
-                                                 << true;
+                                                 << of(&ZBSettings::showTutorial) << QVariant("show") << true;
 }
 
 void TestZBSettings::storedValues()
