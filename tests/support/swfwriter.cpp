@@ -1,13 +1,12 @@
 #include "support/swfwriter.h"
 
-#include <lzma.h>
-#include <zlib.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <lzma.h>
 #include <stdexcept>
 #include <string>
+#include <zlib.h>
 
 namespace nvktest
 {
@@ -125,8 +124,7 @@ QByteArray deflateBody(const QByteArray &body)
     uLongf size = compressBound(uLong(body.size()));
     QByteArray out(qsizetype(size), Qt::Uninitialized);
     if (compress2(reinterpret_cast<Bytef *>(out.data()), &size, reinterpret_cast<const Bytef *>(body.constData()),
-                  uLong(body.size()), Z_BEST_COMPRESSION)
-        != Z_OK)
+                  uLong(body.size()), Z_BEST_COMPRESSION) != Z_OK)
         throw std::runtime_error("deflate failed");
     out.truncate(qsizetype(size));
     return out;

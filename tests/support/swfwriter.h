@@ -1,11 +1,11 @@
 #pragma once
 
+#include <optional>
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
 #include <QPoint>
-
-#include <optional>
 
 namespace nvktest
 {
