@@ -187,28 +187,6 @@ private:
             .error;
     }
 
-    // The methods of the Player interface through QDBusInterface, as MPRIS
-    // clients call them.
-    QString callPlayer(const QString &method)
-    {
-        QString error;
-        const QString service = m_service->serviceName();
-        overTheBus(
-            [&](QDBusConnection &bus)
-            {
-                QDBusInterface player(service, Path, Player, bus);
-                if (!player.isValid())
-                {
-                    error = player.lastError().message();
-                    return;
-                }
-                const QDBusMessage reply = player.call(method);
-                if (reply.type() == QDBusMessage::ErrorMessage)
-                    error = reply.errorName();
-            });
-        return error;
-    }
-
     static ZBMediaKeyTarget::Track film()
     {
         return {QStringLiteral("3F2504E0-4F89-11D3-9A0C-0305E82C3301"), QStringLiteral("Big Buck Bunny"),
@@ -258,39 +236,17 @@ private Q_SLOTS:
             QVERIFY(bus->isServiceRegistered(expected));
         }
         QDBusConnection::disconnectFromBus(QStringLiteral("second copy"));
+        ZBMprisService unconnected(&otherTarget);
+        QVERIFY(!unconnected.registerOn(QDBusConnection(QStringLiteral("never connected"))));
+        QVERIFY(unconnected.serviceName().isEmpty());
 
         m_service.reset();
         QVERIFY(!bus->isServiceRegistered(QLatin1String(ZBMprisService::BusName)));
     }
 
-    void noBusNoService()
-    {
-        FakeTarget target;
-        ZBMprisService service(&target);
-        QVERIFY(!service.registerOn(QDBusConnection(QStringLiteral("never connected"))));
-        QVERIFY(service.serviceName().isEmpty());
-    }
-
-    void describesThePlayer()
-    {
-        const QVariantMap root = allProperties(Root);
-        QCOMPARE(root.value(QStringLiteral("Identity")).toString(), QStringLiteral("Norvik Player"));
-        QCOMPARE(root.value(QStringLiteral("DesktopEntry")).toString(), QStringLiteral("norvikplayer"));
-        QCOMPARE(root.value(QStringLiteral("CanQuit")), QVariant(true));
-        QCOMPARE(root.value(QStringLiteral("CanRaise")), QVariant(true));
-        QCOMPARE(root.value(QStringLiteral("HasTrackList")), QVariant(false));
-        QCOMPARE(root.value(QStringLiteral("SupportedUriSchemes")).toStringList(),
-                 QStringList({QStringLiteral("file"), QStringLiteral("norvikplayer")}));
-
-        const QVariantMap player = allProperties(Player);
-        for (const char *name : {"CanGoNext", "CanGoPrevious", "CanPlay", "CanPause", "CanControl"})
-            QVERIFY2(player.value(QLatin1String(name)) == QVariant(true), name);
-        QCOMPARE(player.value(QStringLiteral("CanSeek")), QVariant(false));
-        for (const char *name : {"Rate", "MinimumRate", "MaximumRate"})
-            QVERIFY2(player.value(QLatin1String(name)) == QVariant(1.0), name);
-    }
-
-    void registersWhatTheDesktopEntryRegisters()
+    // What the desktop shows of the player must match what its desktop entry
+    // registers, or the panel offers files and links the player refuses.
+    void describesThePlayerAsItsDesktopEntryDoes()
     {
         QFile entry(sourceDir() + QStringLiteral("/resources/desktop/norvikplayer.desktop"));
         QVERIFY2(entry.open(QIODevice::ReadOnly | QIODevice::Text), qPrintable(entry.fileName()));
@@ -300,75 +256,77 @@ private Q_SLOTS:
             if (line.startsWith("MimeType="))
                 entryTypes = QString::fromUtf8(line.mid(9)).split(u';', Qt::SkipEmptyParts);
         }
-        QStringList schemes;
+        QStringList schemes{QStringLiteral("file")};
         for (const QString &type : entryTypes)
         {
             if (type.startsWith(QLatin1String("x-scheme-handler/")))
                 schemes << type.mid(17);
         }
         entryTypes.removeIf([](const QString &type) { return type.startsWith(QLatin1String("x-scheme-handler/")); });
-        QCOMPARE(schemes, QStringList{QStringLiteral("norvikplayer")});
 
-        QStringList offered = property(Root, QStringLiteral("SupportedMimeTypes")).toStringList();
+        const QVariantMap root = allProperties(Root);
+        QCOMPARE(root.value(QStringLiteral("Identity")).toString(), QStringLiteral("Norvik Player"));
+        QCOMPARE(root.value(QStringLiteral("DesktopEntry")).toString() + QStringLiteral(".desktop"),
+                 QFileInfo(entry).fileName());
+        QCOMPARE(root.value(QStringLiteral("SupportedUriSchemes")).toStringList(), schemes);
+        QStringList offered = root.value(QStringLiteral("SupportedMimeTypes")).toStringList();
         QVERIFY(offered.contains(QStringLiteral("application/x-norvikplayer-playlist")));
         offered.sort();
         entryTypes.sort();
         QCOMPARE(offered, entryTypes);
+
+        // Seeking is not offered, so the desktop shows no seek bar that would
+        // do nothing; everything else the player does.
+        QVariantMap player = allProperties(Player);
+        QCOMPARE(player.take(QStringLiteral("CanSeek")), QVariant(false));
+        QCOMPARE(root.value(QStringLiteral("HasTrackList")), QVariant(false));
+        for (const char *name : {"CanGoNext", "CanGoPrevious", "CanPlay", "CanPause", "CanControl"})
+            QVERIFY2(player.value(QLatin1String(name)) == QVariant(true), name);
+        for (const char *name : {"CanQuit", "CanRaise"})
+            QVERIFY2(root.value(QLatin1String(name)) == QVariant(true), name);
+        for (const char *name : {"Rate", "MinimumRate", "MaximumRate"})
+            QVERIFY2(player.value(QLatin1String(name)) == QVariant(1.0), name);
     }
 
-    void raiseAndQuitReachTheProgram()
-    {
-        QCOMPARE(call(Root, QStringLiteral("Raise")).error, QString());
-        QCOMPARE(m_target->m_raises, 1);
-        QCOMPARE(m_target->m_quits, 0);
-        QCOMPARE(call(Root, QStringLiteral("Quit")).error, QString());
-        QCOMPARE(m_target->m_quits, 1);
-        QCOMPARE(m_target->m_raises, 1);
-        QVERIFY(m_target->m_keys.isEmpty());
-    }
-
-    void transportCommandsArriveAsMediaKeys_data()
+    void methodsReachTheProgram_data()
     {
         using State = ZBMediaKeyTarget::PlaybackState;
+        QTest::addColumn<QString>("interface");
         QTest::addColumn<QString>("method");
         QTest::addColumn<State>("state");
+        // The system's media key words: key type in bits 16 to 23 (play 16,
+        // fast-forward 19, rewind 20), 0x0A for a key going down.
         QTest::addColumn<QList<int>>("keys");
-        QTest::addColumn<int>("stops");
+        // Stop, Raise and Quit requests, in that order.
+        QTest::addColumn<QList<int>>("requests");
         const int play = 0x100A00;
-        const int fast = 0x130A00;
-        const int rewind = 0x140A00;
-        QTest::newRow("PlayPause stopped") << "PlayPause" << State::Stopped << QList<int>{play} << 0;
-        QTest::newRow("PlayPause playing") << "PlayPause" << State::Playing << QList<int>{play} << 0;
-        QTest::newRow("Next") << "Next" << State::Playing << QList<int>{fast} << 0;
-        QTest::newRow("Previous") << "Previous" << State::Paused << QList<int>{rewind} << 0;
-        QTest::newRow("Play stopped") << "Play" << State::Stopped << QList<int>{play} << 0;
-        QTest::newRow("Play paused") << "Play" << State::Paused << QList<int>{play} << 0;
-        QTest::newRow("Play playing") << "Play" << State::Playing << QList<int>{} << 0;
-        QTest::newRow("Pause playing") << "Pause" << State::Playing << QList<int>{play} << 0;
-        QTest::newRow("Pause paused") << "Pause" << State::Paused << QList<int>{} << 0;
-        QTest::newRow("Pause stopped") << "Pause" << State::Stopped << QList<int>{} << 0;
-        QTest::newRow("Stop") << "Stop" << State::Playing << QList<int>{} << 1;
+        const QList<int> none{0, 0, 0};
+        QTest::newRow("PlayPause stopped") << Player << "PlayPause" << State::Stopped << QList<int>{play} << none;
+        QTest::newRow("PlayPause playing") << Player << "PlayPause" << State::Playing << QList<int>{play} << none;
+        QTest::newRow("Next") << Player << "Next" << State::Playing << QList<int>{0x130A00} << none;
+        QTest::newRow("Previous") << Player << "Previous" << State::Paused << QList<int>{0x140A00} << none;
+        QTest::newRow("Play stopped") << Player << "Play" << State::Stopped << QList<int>{play} << none;
+        QTest::newRow("Play paused") << Player << "Play" << State::Paused << QList<int>{play} << none;
+        QTest::newRow("Play playing") << Player << "Play" << State::Playing << QList<int>{} << none;
+        QTest::newRow("Pause playing") << Player << "Pause" << State::Playing << QList<int>{play} << none;
+        QTest::newRow("Pause paused") << Player << "Pause" << State::Paused << QList<int>{} << none;
+        QTest::newRow("Pause stopped") << Player << "Pause" << State::Stopped << QList<int>{} << none;
+        QTest::newRow("Stop") << Player << "Stop" << State::Playing << QList<int>{} << QList<int>{1, 0, 0};
+        QTest::newRow("Raise") << Root << "Raise" << State::Playing << QList<int>{} << QList<int>{0, 1, 0};
+        QTest::newRow("Quit") << Root << "Quit" << State::Playing << QList<int>{} << QList<int>{0, 0, 1};
     }
 
-    void transportCommandsArriveAsMediaKeys()
+    void methodsReachTheProgram()
     {
+        QFETCH(QString, interface);
         QFETCH(QString, method);
         QFETCH(ZBMediaKeyTarget::PlaybackState, state);
         QFETCH(QList<int>, keys);
-        QFETCH(int, stops);
+        QFETCH(QList<int>, requests);
         m_target->m_state = state;
-        QCOMPARE(callPlayer(method), QString());
+        QCOMPARE(call(interface, method).error, QString());
         QCOMPARE(m_target->m_keys, keys);
-        QCOMPARE(m_target->m_stops, stops);
-    }
-
-    void theKeyCodesAreTheSystemEventWords()
-    {
-        // Key type in bits 16 to 23, 0x0A for a key going down: play 16,
-        // fast-forward 19, rewind 20.
-        QCOMPARE(ZBMediaKeyTarget::PlayPauseKey, (16 << 16) | (0x0A << 8));
-        QCOMPARE(ZBMediaKeyTarget::FastForwardKey, (19 << 16) | (0x0A << 8));
-        QCOMPARE(ZBMediaKeyTarget::RewindKey, (20 << 16) | (0x0A << 8));
+        QCOMPARE(QList<int>({m_target->m_stops, m_target->m_raises, m_target->m_quits}), requests);
     }
 
     void playbackStatusFollowsTheProgram_data()
@@ -388,81 +346,78 @@ private Q_SLOTS:
         QCOMPARE(property(Player, QStringLiteral("PlaybackStatus")).toString(), status);
     }
 
-    void metadataDescribesTheTrack()
+    void metadataAndPositionDescribeTheTrack_data()
     {
-        m_target->m_track = film();
-        m_target->m_state = ZBMediaKeyTarget::PlaybackState::Playing;
-        const QVariantMap metadata = property(Player, QStringLiteral("Metadata")).toMap();
-        QCOMPARE(metadata.keys(), QStringList({QStringLiteral("mpris:length"), QStringLiteral("mpris:trackid"),
-                                               QStringLiteral("xesam:title"), QStringLiteral("xesam:url")}));
-        const QVariant trackId = metadata.value(QStringLiteral("mpris:trackid"));
-        QCOMPARE(trackId.metaType(), QMetaType::fromType<QDBusObjectPath>());
-        QCOMPARE(trackId.value<QDBusObjectPath>().path(),
-                 QStringLiteral("/org/norvikplayer/track/3F2504E0_4F89_11D3_9A0C_0305E82C3301"));
-        QCOMPARE(metadata.value(QStringLiteral("xesam:title")).toString(), QStringLiteral("Big Buck Bunny"));
-        QCOMPARE(metadata.value(QStringLiteral("xesam:url")).toString(),
-                 QStringLiteral("file:///media/films/big%20buck%20bunny.mp4"));
-        const QVariant length = metadata.value(QStringLiteral("mpris:length"));
-        QCOMPARE(length.metaType(), QMetaType::fromType<qlonglong>());
-        QCOMPARE(length.toLongLong(), Q_INT64_C(596458300));
+        QTest::addColumn<bool>("hasTrack");
+        QTest::addColumn<ZBMediaKeyTarget::Track>("track");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("url");
+        // Empty: made from the location, as a valid path of its own.
+        QTest::addColumn<QString>("trackId");
+        // In microseconds; -1 when the length is unknown and left out.
+        QTest::addColumn<qlonglong>("length");
+        QTest::newRow("film") << true << film() << "Big Buck Bunny" << "file:///media/films/big%20buck%20bunny.mp4"
+                              << "/org/norvikplayer/track/3F2504E0_4F89_11D3_9A0C_0305E82C3301"
+                              << Q_INT64_C(596458300);
+        QTest::newRow("untitled, unknown length")
+            << true << ZBMediaKeyTarget::Track{QString(), QString(), QStringLiteral("/media/clips/a#1.flv"), 0}
+            << "a#1.flv" << "file:///media/clips/a%231.flv" << "" << Q_INT64_C(-1);
+        QTest::newRow("from the web")
+            << true
+            << ZBMediaKeyTarget::Track{QStringLiteral("web-1"), QStringLiteral("Clip"),
+                                       QStringLiteral("http://example.com/v.flv?id=7"), 12}
+            << "Clip" << "http://example.com/v.flv?id=7" << "/org/norvikplayer/track/web_1" << Q_INT64_C(12000000);
+        QTest::newRow("no track") << false << ZBMediaKeyTarget::Track{} << "" << ""
+                                  << "/org/mpris/MediaPlayer2/TrackList/NoTrack" << Q_INT64_C(-1);
     }
 
-    void metadataOfAnUntitledTrackOfUnknownLength()
+    void metadataAndPositionDescribeTheTrack()
     {
-        m_target->m_track = ZBMediaKeyTarget::Track{QString(), QString(), QStringLiteral("/media/clips/a#1.flv"), 0};
-        const QVariantMap metadata = property(Player, QStringLiteral("Metadata")).toMap();
-        QCOMPARE(metadata.value(QStringLiteral("xesam:title")).toString(), QStringLiteral("a#1.flv"));
-        QCOMPARE(metadata.value(QStringLiteral("xesam:url")).toString(),
-                 QStringLiteral("file:///media/clips/a%231.flv"));
-        QVERIFY(!metadata.contains(QStringLiteral("mpris:length")));
-        // Known by its location, the id stays a valid object path and stays put.
-        const QString trackId = metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path();
-        QVERIFY2(
-            QRegularExpression(QStringLiteral("^/org/norvikplayer/track/[A-Za-z0-9_]+$")).match(trackId).hasMatch(),
-            qPrintable(trackId));
-        QCOMPARE(property(Player, QStringLiteral("Metadata"))
-                     .toMap()
-                     .value(QStringLiteral("mpris:trackid"))
-                     .value<QDBusObjectPath>()
-                     .path(),
-                 trackId);
-        m_target->m_track->location = QStringLiteral("/media/clips/b.flv");
-        QVERIFY(property(Player, QStringLiteral("Metadata"))
-                    .toMap()
-                    .value(QStringLiteral("mpris:trackid"))
-                    .value<QDBusObjectPath>()
-                    .path() != trackId);
-    }
-
-    void metadataOfATrackFromTheWeb()
-    {
-        m_target->m_track = ZBMediaKeyTarget::Track{QStringLiteral("web-1"), QStringLiteral("Clip"),
-                                                    QStringLiteral("http://example.com/v.flv?id=7"), 12};
-        const QVariantMap metadata = property(Player, QStringLiteral("Metadata")).toMap();
-        QCOMPARE(metadata.value(QStringLiteral("xesam:url")).toString(),
-                 QStringLiteral("http://example.com/v.flv?id=7"));
-        QCOMPARE(metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path(),
-                 QStringLiteral("/org/norvikplayer/track/web_1"));
-        QCOMPARE(metadata.value(QStringLiteral("mpris:length")).toLongLong(), Q_INT64_C(12000000));
-    }
-
-    void noTrackNoMetadata()
-    {
-        const QVariantMap metadata = property(Player, QStringLiteral("Metadata")).toMap();
-        QCOMPARE(metadata.keys(), QStringList{QStringLiteral("mpris:trackid")});
-        QCOMPARE(metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path(),
-                 QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack"));
-        m_target->m_position = 3;
-        QCOMPARE(property(Player, QStringLiteral("Position")).toLongLong(), Q_INT64_C(0));
-    }
-
-    void positionInMicroseconds()
-    {
-        m_target->m_track = film();
+        QFETCH(bool, hasTrack);
+        QFETCH(ZBMediaKeyTarget::Track, track);
+        QFETCH(QString, title);
+        QFETCH(QString, url);
+        QFETCH(QString, trackId);
+        QFETCH(qlonglong, length);
+        if (hasTrack)
+            m_target->m_track = track;
         m_target->m_position = 12.25;
+        const QVariantMap metadata = property(Player, QStringLiteral("Metadata")).toMap();
+        const auto idOf = [](const QVariantMap &map)
+        {
+            const QVariant id = map.value(QStringLiteral("mpris:trackid"));
+            return id.metaType() == QMetaType::fromType<QDBusObjectPath>() ? id.value<QDBusObjectPath>().path()
+                                                                           : QStringLiteral("<not a path>");
+        };
         const QVariant position = property(Player, QStringLiteral("Position"));
         QCOMPARE(position.metaType(), QMetaType::fromType<qlonglong>());
-        QCOMPARE(position.toLongLong(), Q_INT64_C(12250000));
+        QCOMPARE(position.toLongLong(), hasTrack ? Q_INT64_C(12250000) : Q_INT64_C(0));
+        if (!hasTrack)
+        {
+            QCOMPARE(metadata.keys(), QStringList{QStringLiteral("mpris:trackid")});
+            QCOMPARE(idOf(metadata), trackId);
+            return;
+        }
+        QCOMPARE(metadata.value(QStringLiteral("xesam:title")).toString(), title);
+        QCOMPARE(metadata.value(QStringLiteral("xesam:url")).toString(), url);
+        QCOMPARE(metadata.contains(QStringLiteral("mpris:length")), length >= 0);
+        if (length >= 0)
+        {
+            QCOMPARE(metadata.value(QStringLiteral("mpris:length")).metaType(), QMetaType::fromType<qlonglong>());
+            QCOMPARE(metadata.value(QStringLiteral("mpris:length")).toLongLong(), length);
+        }
+        if (!trackId.isEmpty())
+        {
+            QCOMPARE(idOf(metadata), trackId);
+            return;
+        }
+        // Known by its location, the id stays put, and moves with the location.
+        const QString id = idOf(metadata);
+        QVERIFY2(QRegularExpression(QStringLiteral("^/org/norvikplayer/track/[A-Za-z0-9_]+$")).match(id).hasMatch(),
+                 qPrintable(id));
+        QCOMPARE(idOf(property(Player, QStringLiteral("Metadata")).toMap()), id);
+        m_target->m_track->location = QStringLiteral("/media/clips/b.flv");
+        QVERIFY(idOf(property(Player, QStringLiteral("Metadata")).toMap()) != id);
     }
 
     void volumeReadsAndWrites()
@@ -477,19 +432,15 @@ private Q_SLOTS:
 
     void opensFilesAndItsOwnUrls()
     {
-        QCOMPARE(call(Player, QStringLiteral("OpenUri"), {QStringLiteral("file:///media/a%20b.mkv")}).error, QString());
-        QCOMPARE(
-            call(Player, QStringLiteral("OpenUri"), {QStringLiteral("norvikplayer://www.example.com/x?y=1")}).error,
-            QString());
+        for (const char *uri : {"file:///media/a%20b.mkv", "norvikplayer://www.example.com/x?y=1",
+                                "https://example.com/v.mp4", "file:relative.mp4", "not a uri"})
+        {
+            const bool ours = QByteArray(uri).startsWith("file:///") || QByteArray(uri).startsWith("norvikplayer:");
+            QCOMPARE(call(Player, QStringLiteral("OpenUri"), {QString::fromLatin1(uri)}).error,
+                     ours ? QString() : QStringLiteral("org.freedesktop.DBus.Error.NotSupported"));
+        }
         QCOMPARE(m_target->m_opened, QList<QStringList>({{QStringLiteral("/media/a b.mkv")},
                                                          {QStringLiteral("norvikplayer://www.example.com/x?y=1")}}));
-
-        for (const char *uri : {"https://example.com/v.mp4", "file:relative.mp4", "not a uri"})
-        {
-            QCOMPARE(call(Player, QStringLiteral("OpenUri"), {QString::fromLatin1(uri)}).error,
-                     QStringLiteral("org.freedesktop.DBus.Error.NotSupported"));
-        }
-        QCOMPARE(m_target->m_opened.size(), 2);
     }
 
     void announcesWhatChanged()
@@ -514,11 +465,8 @@ private Q_SLOTS:
         m_service->targetChanged();
         QTRY_COMPARE(listener.m_changes.size(), 2);
         QCOMPARE(listener.m_changes[1].changed.keys(), QStringList{QStringLiteral("Metadata")});
-        const QVariantMap metadata = listener.m_changes[1].changed.value(QStringLiteral("Metadata")).toMap();
-        QCOMPARE(metadata.value(QStringLiteral("xesam:title")).toString(), QStringLiteral("Big Buck Bunny"));
-        QCOMPARE(metadata.value(QStringLiteral("mpris:length")).toLongLong(), Q_INT64_C(596458300));
-        QCOMPARE(metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path(),
-                 QStringLiteral("/org/norvikplayer/track/3F2504E0_4F89_11D3_9A0C_0305E82C3301"));
+        QCOMPARE(listener.m_changes[1].changed.value(QStringLiteral("Metadata")).toMap().value(QStringLiteral("xesam:title")),
+                 QVariant(QStringLiteral("Big Buck Bunny")));
 
         // Nothing new, nothing said: the next signal is the volume's own.
         m_target->m_position = 30;
@@ -537,13 +485,6 @@ private Q_SLOTS:
                  QStringList({QStringLiteral("Metadata"), QStringLiteral("PlaybackStatus")}));
         QCOMPARE(listener.m_changes[3].changed.value(QStringLiteral("PlaybackStatus")).toString(),
                  QStringLiteral("Stopped"));
-        QCOMPARE(listener.m_changes[3]
-                     .changed.value(QStringLiteral("Metadata"))
-                     .toMap()
-                     .value(QStringLiteral("mpris:trackid"))
-                     .value<QDBusObjectPath>()
-                     .path(),
-                 QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack"));
 
         listenerBus.disconnect(m_service->serviceName(), Path, Properties, QStringLiteral("PropertiesChanged"),
                                &listener, SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
