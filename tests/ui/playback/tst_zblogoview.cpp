@@ -34,71 +34,47 @@ private:
     }
 
 private Q_SLOTS:
-    void textsAppearInTheirLabels()
+    void modeShowsOrHidesTheHints_data()
     {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("show") << "show" << true;
+        QTest::newRow("hide") << "hide" << false;
+        // Whatever else a stored setting says, the tutorial stays reachable.
+        QTest::newRow("garbled") << "garbled" << true;
+    }
+
+    void modeShowsOrHidesTheHints()
+    {
+        QFETCH(QString, mode);
+        QFETCH(bool, shown);
         ZBLogoView view;
-        fill(view, QStringLiteral("show"));
+        fill(view, mode);
+        QCOMPARE(view.playerMode(), shown ? QStringLiteral("show") : QStringLiteral("hide"));
+        QCOMPARE(view.hintsShown(), shown);
+        QCOMPARE(label(view, "upHint")->isHidden(), !shown);
+        QCOMPARE(label(view, "bottomHint")->isHidden(), !shown);
+        QVERIFY(!label(view, "primaryText")->isHidden());
         QCOMPARE(label(view, "primaryText")->text(), QStringLiteral("Norvik Player"));
         QCOMPARE(label(view, "upHint")->text(), QStringLiteral("Drop movies here"));
         QCOMPARE(label(view, "bottomHint")->text(), QStringLiteral("Enter a web address above"));
+        QCOMPARE(button(view)->text(), shown ? QStringLiteral("Hide Tutorial") : QStringLiteral("Show Tutorial"));
 
-        // A later text replaces the earlier one.
-        view.setUpHitnText(QStringLiteral("Ziehen Sie Filme hierher"));
-        view.updateView();
-        QCOMPARE(label(view, "upHint")->text(), QStringLiteral("Ziehen Sie Filme hierher"));
-    }
-
-    void modeShowsOrHidesTheHintsAndRetitlesTheButton()
-    {
-        ZBLogoView view;
-        fill(view, QStringLiteral("show"));
-        QCOMPARE(view.playerMode(), QStringLiteral("show"));
-        QVERIFY(view.hintsShown());
-        QVERIFY(!label(view, "upHint")->isHidden());
-        QVERIFY(!label(view, "bottomHint")->isHidden());
-        QCOMPARE(button(view)->text(), QStringLiteral("Hide Tutorial"));
-
-        view.setPlayerMode(QStringLiteral("hide"));
-        view.updateView();
-        QCOMPARE(view.playerMode(), QStringLiteral("hide"));
-        QVERIFY(!view.hintsShown());
-        QVERIFY(label(view, "upHint")->isHidden());
-        QVERIFY(label(view, "bottomHint")->isHidden());
-        QVERIFY(!label(view, "primaryText")->isHidden());
-        QCOMPARE(button(view)->text(), QStringLiteral("Show Tutorial"));
-
-        view.setPlayerMode(QStringLiteral("show"));
-        view.updateView();
-        QVERIFY(view.hintsShown());
-        QCOMPARE(button(view)->text(), QStringLiteral("Hide Tutorial"));
-    }
-
-    void unknownModeKeepsTheTutorialReachable()
-    {
-        ZBLogoView view;
-        fill(view, QStringLiteral("garbled"));
-        QCOMPARE(view.playerMode(), QStringLiteral("show"));
-        QVERIFY(view.hintsShown());
-        QCOMPARE(button(view)->text(), QStringLiteral("Hide Tutorial"));
-    }
-
-    void clickAsksForTheOtherMode()
-    {
-        ZBLogoView view;
-        fill(view, QStringLiteral("show"));
+        // A click asks for the other mode and waits for the controller's
+        // answer rather than flip by itself.
         QSignalSpy spy(&view, &ZBLogoView::tutorialToggled);
-
         QTest::mouseClick(button(view), Qt::LeftButton);
         QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy.at(0).at(0).toString(), QStringLiteral("hide"));
-        // The view waits for the controller's answer rather than flip itself.
-        QCOMPARE(view.playerMode(), QStringLiteral("show"));
-
-        view.setPlayerMode(QStringLiteral("hide"));
+        QCOMPARE(spy.at(0).at(0).toString(), shown ? QStringLiteral("hide") : QStringLiteral("show"));
+        QCOMPARE(view.hintsShown(), shown);
+        // The answer, and a later text, replace what was shown.
+        view.setPlayerMode(spy.at(0).at(0).toString());
+        view.setUpHitnText(QStringLiteral("Ziehen Sie Filme hierher"));
         view.updateView();
-        QTest::mouseClick(button(view), Qt::LeftButton);
-        QCOMPARE(spy.count(), 2);
-        QCOMPARE(spy.at(1).at(0).toString(), QStringLiteral("show"));
+        QCOMPARE(view.hintsShown(), !shown);
+        view.setPlayerMode(QStringLiteral("show"));
+        view.updateView();
+        QCOMPARE(label(view, "upHint")->text(), QStringLiteral("Ziehen Sie Filme hierher"));
     }
 
     void smallSizesDropOrElideTheHints()
