@@ -1,5 +1,4 @@
 #include <QAction>
-#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -46,12 +45,9 @@ private Q_SLOTS:
     void mainMenuBarInGerman();
     void mainMenuBarInEnglishKeepsItsTitles();
     void commandTagsAreOnTheirItems();
-    void applicationMenuOnARealMenuBar();
-    void untitledMenuIsNotVisited();
-    void nestedSubmenuKeys();
-
-    void sizeToFitWithoutLimitsKeepsTheFittedSize();
-    void sizeToFitCutsToTheLimits();
+    void menusAreRetitledFromTheirKeys();
+    void sizeToFitKeepsThePlaceAndCutsToTheLimits_data();
+    void sizeToFitKeepsThePlaceAndCutsToTheLimits();
 };
 
 void TestZBMenuLocalizer::initTestCase()
@@ -135,7 +131,7 @@ void TestZBMenuLocalizer::mainMenuBarInEnglishKeepsItsTitles()
     QCOMPARE(after.mid(1), before.mid(1));
 }
 
-void TestZBMenuLocalizer::applicationMenuOnARealMenuBar()
+void TestZBMenuLocalizer::menusAreRetitledFromTheirKeys()
 {
     nvktest::StringTableFixture tables;
     QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("Localizable"), {}));
@@ -143,96 +139,68 @@ void TestZBMenuLocalizer::applicationMenuOnARealMenuBar()
                             {{"MainMenu_NorvikPlayer", "Norvik"},
                              {"MainMenu_NorvikPlayer_Quit", "Leave Norvik"},
                              {"MainMenu_Apple", "wrong key"},
-                             {"MainMenu_Apple_Quit", "wrong key"}}));
-    ZBLocalizer::setResourceRoot(tables.root());
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
-
-    QMenuBar menuBar;
-    QMenu *application = menuBar.addMenu(QStringLiteral("Apple"));
-    QAction *quit = application->addAction(QStringLiteral("Quit"));
-
-    ZBMenuLocalizer::localizeMenuBar(&menuBar, QStringLiteral("MainMenu"), QStringLiteral("MainMenu"));
-
-    QCOMPARE(application->title(), QStringLiteral("Norvik"));
-    QCOMPARE(application->menuAction()->text(), QStringLiteral("Norvik"));
-    QCOMPARE(quit->text(), QStringLiteral("Leave Norvik"));
-}
-
-void TestZBMenuLocalizer::untitledMenuIsNotVisited()
-{
-    nvktest::StringTableFixture tables;
-    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("Localizable"), {}));
-    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("MainMenu"),
-                            {{"MainMenu_Edit", "Edit"}, {"MainMenu_Edit_Copy", "Copy Selection"}}));
-    ZBLocalizer::setResourceRoot(tables.root());
-    ZBLocalizer::setLanguage(QStringLiteral("English"));
-
-    QMenuBar menuBar;
-    QMenu *untitled = menuBar.addMenu(QString());
-    QAction *inside = untitled->addAction(QStringLiteral("Copy"));
-    QMenu *edit = menuBar.addMenu(QStringLiteral("Edit"));
-    QAction *copy = edit->addAction(QStringLiteral("Copy"));
-
-    ZBMenuLocalizer::localizeMenuBar(&menuBar, QStringLiteral("MainMenu"), QStringLiteral("MainMenu"));
-
-    QCOMPARE(untitled->title(), QString());
-    // Had it been visited it would show its missing key "MainMenu__Copy".
-    QCOMPARE(inside->text(), QStringLiteral("Copy"));
-    QCOMPARE(copy->text(), QStringLiteral("Copy Selection"));
-}
-
-void TestZBMenuLocalizer::nestedSubmenuKeys()
-{
-    nvktest::StringTableFixture tables;
-    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("Localizable"), {}));
-    QVERIFY(tables.addTable(QStringLiteral("English"), QStringLiteral("MainMenu"),
-                            {{"MainMenu_View", "View"},
+                             {"MainMenu_Apple_Quit", "wrong key"},
+                             {"MainMenu_Edit", "Edit"},
+                             {"MainMenu_Edit_Copy", "Copy Selection"},
+                             {"MainMenu_View", "View"},
                              {"MainMenu_View_Columns", "Table Columns"},
                              {"MainMenu_View_Columns_Type", "Kind"}}));
     ZBLocalizer::setResourceRoot(tables.root());
     ZBLocalizer::setLanguage(QStringLiteral("English"));
 
+    // The first menu of a menu bar is the application's, whatever its title.
+    QMenuBar menuBar;
+    QMenu *application = menuBar.addMenu(QStringLiteral("Apple"));
+    QAction *quit = application->addAction(QStringLiteral("Quit"));
+    QMenu *untitled = menuBar.addMenu(QString());
+    QAction *inside = untitled->addAction(QStringLiteral("Copy"));
+    QAction *copy = menuBar.addMenu(QStringLiteral("Edit"))->addAction(QStringLiteral("Copy"));
+    ZBMenuLocalizer::localizeMenuBar(&menuBar, QStringLiteral("MainMenu"), QStringLiteral("MainMenu"));
+    QCOMPARE(application->title(), QStringLiteral("Norvik"));
+    QCOMPARE(application->menuAction()->text(), QStringLiteral("Norvik"));
+    QCOMPARE(quit->text(), QStringLiteral("Leave Norvik"));
+    // An untitled menu is not visited: it would show "MainMenu__Copy".
+    QCOMPARE(untitled->title(), QString());
+    QCOMPARE(inside->text(), QStringLiteral("Copy"));
+    QCOMPARE(copy->text(), QStringLiteral("Copy Selection"));
+
+    // A single menu (a context menu, say) is retitled under its own prefix,
+    // its submenus under theirs.
     QMenu view(QStringLiteral("View"));
     QMenu *columns = view.addMenu(QStringLiteral("Columns"));
     QAction *type = columns->addAction(QStringLiteral("Type"));
-
-    // A single menu (a context menu, say) is retitled under its own prefix.
     ZBMenuLocalizer::localizeMenu(&view, QStringLiteral("MainMenu_View"), QStringLiteral("MainMenu"));
-
     QCOMPARE(columns->title(), QStringLiteral("Table Columns"));
     QCOMPARE(columns->menuAction()->text(), QStringLiteral("Table Columns"));
     QCOMPARE(type->text(), QStringLiteral("Kind"));
     QCOMPARE(view.title(), QStringLiteral("View"));
 }
 
-void TestZBMenuLocalizer::sizeToFitWithoutLimitsKeepsTheFittedSize()
+void TestZBMenuLocalizer::sizeToFitKeepsThePlaceAndCutsToTheLimits_data()
 {
-    QWidget window;
-    auto *label = new QLabel(QStringLiteral("A fairly long status text that needs room"), &window);
-    label->move(10, 20);
-    label->resize(5, 5);
-
-    ZBMenuLocalizer::sizeToFit(label, 0, 0);
-
-    QCOMPARE(label->size(), label->sizeHint());
-    QCOMPARE(label->pos(), QPoint(10, 20));
+    QTest::addColumn<int>("maxWidth");
+    QTest::addColumn<int>("maxHeight");
+    QTest::addColumn<int>("width");
+    // 0: no limit, or a limit above the fitted size; -1: the fitted size.
+    QTest::newRow("no limits") << 0 << 0 << -1;
+    QTest::newRow("cut to the width") << 60 << 0 << 60;
+    QTest::newRow("limits above the content") << 5000 << 5000 << -1;
 }
 
-void TestZBMenuLocalizer::sizeToFitCutsToTheLimits()
+void TestZBMenuLocalizer::sizeToFitKeepsThePlaceAndCutsToTheLimits()
 {
+    QFETCH(int, maxWidth);
+    QFETCH(int, maxHeight);
+    QFETCH(int, width);
     QWidget window;
     auto *button = new QPushButton(QStringLiteral("Zur Mediathek hinzufügen und sofort abspielen"), &window);
     button->move(7, 3);
+    button->resize(5, 5);
     const QSize fitted = button->sizeHint();
     QVERIFY(fitted.width() > 60);
-
-    ZBMenuLocalizer::sizeToFit(button, 60, 0);
-    QCOMPARE(button->size(), QSize(60, fitted.height()));
+    ZBMenuLocalizer::sizeToFit(button, maxWidth, maxHeight);
+    QCOMPARE(button->size(), QSize(width < 0 ? fitted.width() : width, fitted.height()));
     QCOMPARE(button->pos(), QPoint(7, 3));
-
-    // A limit above the content leaves the fitted size.
-    ZBMenuLocalizer::sizeToFit(button, 5000, 5000);
-    QCOMPARE(button->size(), fitted);
 }
 
 QTEST_MAIN(TestZBMenuLocalizer)
