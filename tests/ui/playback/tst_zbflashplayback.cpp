@@ -32,14 +32,12 @@ private Q_SLOTS:
 
     void endRulesMoveThePlayListOn_data();
     void endRulesMoveThePlayListOn();
-    void withEveryRuleOffAMoviePlaysOn();
-    void oneFrameMovieNeverEndsByTheLastFrameRule();
+    void withoutARuleThatFitsAMoviePlaysOn_data();
+    void withoutARuleThatFitsAMoviePlaysOn();
     void completePlayMovesOnOrRepeats();
-    void lengthAndFrameLabel();
-    void seekSliderMovesByFrames();
+    void framesLengthSeekAndCommands();
     void damagedMovieShowsTheCannotPlayAlert();
     void capturedPackagePlaysItsBaseMovie();
-    void commandsFromTheMovieAndTheStartScreen();
 
 private:
     ZBItem *addMovie(const QString &name, const CounterMovieOptions &options);
@@ -163,39 +161,34 @@ void TestZBFlashPlayback::endRulesMoveThePlayListOn()
     QTRY_VERIFY_WITH_TIMEOUT(m_controller->currentTime() > 2, 5000);
 }
 
-void TestZBFlashPlayback::withEveryRuleOffAMoviePlaysOn()
+void TestZBFlashPlayback::withoutARuleThatFitsAMoviePlaysOn_data()
 {
-    setRules(false, false, false);
-    for (const Ending ending : {Ending::Stop, Ending::Loop})
-    {
-        m_list.clear();
-        CounterMovieOptions options;
-        options.frameCount = 6;
-        options.ending = ending;
-        addMovie(QStringLiteral("forever"), options);
-        addMovie(QStringLiteral("never"), options);
-        start();
-        QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("forever"), 10000);
-        // Six frames at 24 per second: it has looped or stood still for a
-        // good while by then.
-        QTest::qWait(2000);
-        QCOMPARE(playingName(), QStringLiteral("forever"));
-        m_controller->stopPlayback();
-    }
+    QTest::addColumn<int>("frames");
+    QTest::addColumn<int>("ending");
+    QTest::addColumn<bool>("rulesOn");
+    QTest::newRow("stops, every rule off") << 6 << int(Ending::Stop) << false;
+    QTest::newRow("loops, every rule off") << 6 << int(Ending::Loop) << false;
+    // Its only frame is its last, and its frame number never goes down.
+    QTest::newRow("one frame") << 1 << int(Ending::Loop) << true;
 }
 
-void TestZBFlashPlayback::oneFrameMovieNeverEndsByTheLastFrameRule()
+void TestZBFlashPlayback::withoutARuleThatFitsAMoviePlaysOn()
 {
-    setRules(true, true, false);
+    QFETCH(int, frames);
+    QFETCH(int, ending);
+    QFETCH(bool, rulesOn);
+    setRules(rulesOn, rulesOn, false);
     CounterMovieOptions options;
-    options.frameCount = 1;
-    addMovie(QStringLiteral("poster"), options);
-    addMovie(QStringLiteral("next"), options);
+    options.frameCount = frames;
+    options.ending = Ending(ending);
+    addMovie(QStringLiteral("forever"), options);
+    addMovie(QStringLiteral("never"), options);
     start();
-    QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("poster"), 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("forever"), 10000);
+    // At 24 frames per second it has looped or stood still a good while.
     QTest::qWait(1500);
-    QCOMPARE(playingName(), QStringLiteral("poster"));
-    QCOMPARE(m_controller->totalTime(), 1.0);
+    QCOMPARE(playingName(), QStringLiteral("forever"));
+    QCOMPARE(m_controller->totalTime(), double(frames));
 }
 
 void TestZBFlashPlayback::completePlayMovesOnOrRepeats()
@@ -219,33 +212,25 @@ void TestZBFlashPlayback::completePlayMovesOnOrRepeats()
     QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("other"), 10000);
 }
 
-void TestZBFlashPlayback::lengthAndFrameLabel()
-{
-    setRules(false, false, false);
-    CounterMovieOptions options;
-    options.frameCount = 240;
-    ZBItem *item = addMovie(QStringLiteral("counted"), options);
-    QSignalSpy times(m_controller.get(), &ZBPlaybackController::timeChanged);
-    start();
-    QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("counted"), 10000);
-    QCOMPARE(item->Length(), std::optional<qint32>(240));
-    QVERIFY(item->isValid().value_or(false));
-    QTRY_VERIFY_WITH_TIMEOUT(times.size() > 5, 5000);
-    // Frames shown from 1; the slider runs over frames 0..239.
-    const QList<QVariant> last = times.last();
-    const int frame = last.at(1).toInt();
-    QCOMPARE(last.at(0).toString(), QStringLiteral("%1/240").arg(frame + 1));
-    QCOMPARE(last.at(2).toInt(), 239);
-}
-
-void TestZBFlashPlayback::seekSliderMovesByFrames()
+void TestZBFlashPlayback::framesLengthSeekAndCommands()
 {
     setRules(false, false, false);
     CounterMovieOptions options;
     options.frameCount = 600;
-    addMovie(QStringLiteral("long"), options);
+    ZBItem *item = addMovie(QStringLiteral("long"), options);
+    // Nothing plays: a length has nowhere to go.
+    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("93.7"));
+    QSignalSpy times(m_controller.get(), &ZBPlaybackController::timeChanged);
     start();
     QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("long"), 10000);
+    QCOMPARE(item->Length(), std::optional<qint32>(600));
+    QVERIFY(item->isValid().value_or(false));
+    QTRY_VERIFY_WITH_TIMEOUT(times.size() > 5, 5000);
+    // Frames shown from 1; the slider runs over frames 0..599.
+    const QList<QVariant> last = times.last();
+    QCOMPARE(last.at(0).toString(), QStringLiteral("%1/600").arg(last.at(1).toInt() + 1));
+    QCOMPARE(last.at(2).toInt(), 599);
+
     m_controller->play_video(ZBPlaybackController::Sender::PlayButton);
     QVERIFY(!m_controller->isPlaying());
     m_controller->seekSliderMoved(300);
@@ -253,9 +238,32 @@ void TestZBFlashPlayback::seekSliderMovesByFrames()
     QTRY_COMPARE_WITH_TIMEOUT(
         nvktest::counterMovieFrameForColour(m_view->snapshot().pixelColor(m_view->width() / 2, m_view->height() / 2)),
         300 % nvktest::CounterMoviePaletteSize, 3000);
-    // Playing on from there.
     m_controller->play_video(ZBPlaybackController::Sender::PlayButton);
     QTRY_VERIFY_WITH_TIMEOUT(m_engine->currentTime() > 305, 3000);
+
+    // A stream reports its length; not a number, or a command nobody knows,
+    // changes nothing.
+    QSignalSpy changed(m_controller.get(), &ZBPlaybackController::trackChanged);
+    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("93.7"));
+    QCOMPARE(item->Length(), std::optional<qint32>(93));
+    QCOMPARE(changed.size(), 1);
+    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("soon"));
+    m_controller->flashView_invokeFSCommand(QStringLiteral("quit"), QString());
+    QCOMPARE(item->Length(), std::optional<qint32>(93));
+    QCOMPARE(playingName(), QStringLiteral("long"));
+    // The length is in the library, not only on the object.
+    ZBLibraryController reopened;
+    QVERIFY(reopened.openStore(m_dir->path()).ok);
+    QVERIFY(reopened.itemByUUID(item->ItemUUID()));
+    QCOMPARE(reopened.itemByUUID(item->ItemUUID())->Length(), std::optional<qint32>(93));
+
+    // The start screen's tutorial button.
+    m_settings->showTutorial = QStringLiteral("show");
+    m_controller->flashView_callFunction(QStringLiteral("onChangePlayerMode"), {QStringLiteral("hide")});
+    QCOMPARE(m_settings->showTutorial, QStringLiteral("hide"));
+    m_controller->flashView_callFunction(QStringLiteral("onChangePlayerMode"), {});
+    m_controller->flashView_callFunction(QStringLiteral("somethingElse"), {QStringLiteral("show")});
+    QCOMPARE(m_settings->showTutorial, QStringLiteral("hide"));
 }
 
 void TestZBFlashPlayback::damagedMovieShowsTheCannotPlayAlert()
@@ -302,40 +310,6 @@ void TestZBFlashPlayback::capturedPackagePlaysItsBaseMovie()
     start();
     QTRY_COMPARE_WITH_TIMEOUT(m_ui->asked, QStringList{QStringLiteral("page")}, 5000);
     QVERIFY(m_ui->cannotPlay.isEmpty());
-}
-
-void TestZBFlashPlayback::commandsFromTheMovieAndTheStartScreen()
-{
-    setRules(false, false, false);
-    CounterMovieOptions options;
-    options.frameCount = 600;
-    ZBItem *item = addMovie(QStringLiteral("stream"), options);
-    // Nothing plays: a length has nowhere to go.
-    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("93.7"));
-    start();
-    QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("stream"), 10000);
-    QSignalSpy changed(m_controller.get(), &ZBPlaybackController::trackChanged);
-    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("93.7"));
-    QCOMPARE(item->Length(), std::optional<qint32>(93));
-    QCOMPARE(changed.size(), 1);
-    // Not a number, or a command nobody knows: nothing changes.
-    m_controller->flashView_invokeFSCommand(QStringLiteral("setTotalTime"), QStringLiteral("soon"));
-    m_controller->flashView_invokeFSCommand(QStringLiteral("quit"), QString());
-    QCOMPARE(item->Length(), std::optional<qint32>(93));
-    QCOMPARE(playingName(), QStringLiteral("stream"));
-    // The length is in the library, not only on the object.
-    ZBLibraryController reopened;
-    QVERIFY(reopened.openStore(m_dir->path()).ok);
-    ZBItem *stored = reopened.itemByUUID(item->ItemUUID());
-    QVERIFY(stored);
-    QCOMPARE(stored->Length(), std::optional<qint32>(93));
-
-    m_settings->showTutorial = QStringLiteral("show");
-    m_controller->flashView_callFunction(QStringLiteral("onChangePlayerMode"), {QStringLiteral("hide")});
-    QCOMPARE(m_settings->showTutorial, QStringLiteral("hide"));
-    m_controller->flashView_callFunction(QStringLiteral("onChangePlayerMode"), {});
-    m_controller->flashView_callFunction(QStringLiteral("somethingElse"), {QStringLiteral("show")});
-    QCOMPARE(m_settings->showTutorial, QStringLiteral("hide"));
 }
 
 NVK_FLASH_TEST_MAIN(TestZBFlashPlayback)
