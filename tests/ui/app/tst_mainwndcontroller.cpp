@@ -102,18 +102,27 @@ private Q_SLOTS:
         }
     }
 
-    void droppedFilesJoinTheLibrary()
+    void droppedAndOpenedFilesJoinTheLibraryAndTheFirstPlays()
     {
         if (!nvktest::MediaFactory::isAvailable())
             QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
-        const QString clip = nvktest::MediaFactory::clip(QStringLiteral("avi"));
-        QVERIFY(!clip.isEmpty());
+        const QString dropped = nvktest::MediaFactory::clip(QStringLiteral("avi"));
+        const QString clip = nvktest::MediaFactory::clip(QStringLiteral("mp4"));
+        const QString other = nvktest::MediaFactory::clip(QStringLiteral("mkv"));
+        QVERIFY(!dropped.isEmpty() && !clip.isEmpty() && !other.isEmpty());
         MainWndController controller;
         QVERIFY(controller.start());
         const int before = controller.trackModel()->rowCount();
 
+        // Only local files are taken from a drop.
+        QMimeData remote;
+        remote.setUrls({QUrl(QStringLiteral("https://example.org/remote.mp4"))});
+        QDragEnterEvent refused(QPoint(10, 10), Qt::CopyAction, &remote, Qt::LeftButton, Qt::NoModifier);
+        refused.setAccepted(false);
+        QCoreApplication::sendEvent(controller.window(), &refused);
+        QVERIFY(!refused.isAccepted());
         QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(clip), QUrl(QStringLiteral("https://example.org/remote.mp4"))});
+        data.setUrls({QUrl::fromLocalFile(dropped), QUrl(QStringLiteral("https://example.org/remote.mp4"))});
         QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(controller.window(), &enter);
         QVERIFY(enter.isAccepted());
@@ -121,30 +130,11 @@ private Q_SLOTS:
         QCoreApplication::sendEvent(controller.window(), &drop);
         QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), before + 1, 10000);
 
-        // Nothing local: the drop is not taken.
-        QMimeData remote;
-        remote.setUrls({QUrl(QStringLiteral("https://example.org/remote.mp4"))});
-        QDragEnterEvent refused(QPoint(10, 10), Qt::CopyAction, &remote, Qt::LeftButton, Qt::NoModifier);
-        refused.setAccepted(false);
-        QCoreApplication::sendEvent(controller.window(), &refused);
-        QVERIFY(!refused.isAccepted());
         controller.playback()->stopPlayback();
-    }
-
-    void openedFilesAreAddedAndTheFirstPlays()
-    {
-        if (!nvktest::MediaFactory::isAvailable())
-            QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
-        const QString clip = nvktest::MediaFactory::clip(QStringLiteral("mp4"));
-        const QString other = nvktest::MediaFactory::clip(QStringLiteral("mkv"));
-        QVERIFY(!clip.isEmpty() && !other.isEmpty());
-
-        MainWndController controller;
-        QVERIFY(controller.start());
-        const int before = controller.trackModel()->rowCount();
+        // A list on show that does not hold the file gives way to All Tracks.
         controller.libraryPane()->addPlaylistWithItems({});
         controller.openFiles({other, clip});
-        QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), before + 2, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(controller.trackModel()->rowCount(), before + 3, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
         QCOMPARE(controller.playback()->playingItem()->Path(), other);
         QCOMPARE(controller.libraryPane()->selectedListUUID(), controller.library()->allTracksUUID());
