@@ -24,37 +24,26 @@
 
 namespace
 {
-struct PictureStats
-{
-    int percentLit = 0;
-    int colours = 0;
-    bool showsMovie() const { return percentLit > 50 && colours > 50; }
-};
-
-PictureStats measure(const QImage &image)
+// Most of a grab lit, in many colours: the movie, not a black or blank view.
+bool showsMovie(const char *what, const QImage &image)
 {
     const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
     int lit = 0;
-    int total = 0;
     QSet<QRgb> colours;
     for (int y = 0; y < rgb.height(); y += 2)
     {
         for (int x = 0; x < rgb.width(); x += 2)
         {
             const QRgb pixel = rgb.pixel(x, y);
-            ++total;
-            if (qRed(pixel) + qGreen(pixel) + qBlue(pixel) > 30)
-                ++lit;
+            lit += qRed(pixel) + qGreen(pixel) + qBlue(pixel) > 30 ? 1 : 0;
             colours.insert(pixel);
         }
     }
-    return {total ? 100 * lit / total : 0, int(colours.size())};
-}
-
-void report(const char *what, const QImage &image, const PictureStats &stats)
-{
-    std::printf("%-28s %dx%d, %d%% lit, %d colours: %s\n", what, image.width(), image.height(), stats.percentLit,
-                stats.colours, stats.showsMovie() ? "movie" : "NO PICTURE");
+    const int percentLit = rgb.isNull() ? 0 : 400 * lit / (rgb.width() * rgb.height());
+    const bool movie = percentLit > 50 && colours.size() > 50;
+    std::printf("%-24s %dx%d, %d%% lit, %d colours: %s\n", what, image.width(), image.height(), percentLit,
+                int(colours.size()), movie ? "movie" : "NO PICTURE");
+    return movie;
 }
 } // namespace
 
@@ -105,21 +94,13 @@ int main(int argc, char *argv[])
                     engine.naturalSize().width(), engine.naturalSize().height());
         engine.play();
         QTimer::singleShot(1500, &app, [&]() {
-            const QImage screen = first.screen()->grabWindow(first.winId()).toImage();
-            const PictureStats stats = measure(screen);
-            report("first window (screen):", screen, stats);
-            failures += stats.showsMovie() ? 0 : 1;
-            const QImage snapshot = engine.snapshot();
-            report("snapshot:", snapshot, measure(snapshot));
-            failures += snapshot.size() == engine.naturalSize() ? 0 : 1;
+            failures += showsMovie("first window:", first.screen()->grabWindow(first.winId()).toImage()) ? 0 : 1;
+            failures += engine.snapshot().size() == engine.naturalSize() ? 0 : 1;
 
             secondLayout->addWidget(engine.view());
             second.show();
             QTimer::singleShot(1500, &app, [&]() {
-                const QImage moved = second.screen()->grabWindow(second.winId()).toImage();
-                const PictureStats movedStats = measure(moved);
-                report("second window (screen):", moved, movedStats);
-                failures += movedStats.showsMovie() ? 0 : 1;
+                failures += showsMovie("second window:", second.screen()->grabWindow(second.winId()).toImage()) ? 0 : 1;
                 std::printf("position %.2f s, %s\n", engine.currentTime(), engine.isPlaying() ? "playing" : "stopped");
                 app.quit();
             });
