@@ -105,7 +105,7 @@ bool ZBSqliteDatabase::quarantine()
         m_lastError = QStringLiteral("could not move the damaged file %1 aside").arg(m_path);
         return false;
     }
-    for (const QString suffix : {QStringLiteral("-wal"), QStringLiteral("-shm")})
+    for (const QString &suffix : {QStringLiteral("-wal"), QStringLiteral("-shm")})
     {
         if (QFileInfo::exists(m_path + suffix))
             QFile::rename(m_path + suffix, target + suffix);
