@@ -1,12 +1,12 @@
+#include <algorithm>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QMimeDatabase>
+#include <QRegularExpression>
 #include <QTest>
-#include <QXmlStreamReader>
-
-#include <algorithm>
 
 #include "playback/zbmediatypes.h"
 
@@ -20,21 +20,6 @@ QString desktopDir()
     return QDir(source).absoluteFilePath(QStringLiteral("resources/desktop"));
 }
 
-// The [Desktop Entry] group as key and value.
-QHash<QString, QString> readDesktopEntry()
-{
-    QHash<QString, QString> keys;
-    QFile file(desktopDir() + QStringLiteral("/norvikplayer.desktop"));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return keys;
-    for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n'))
-    {
-        const qsizetype equals = line.indexOf(u'=');
-        if (equals > 0 && !line.startsWith(u'#'))
-            keys.insert(line.left(equals), line.mid(equals + 1));
-    }
-    return keys;
-}
 } // namespace
 
 // The files that introduce the player to the desktop agree with each other
@@ -50,25 +35,20 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        m_entry = readDesktopEntry();
-        QVERIFY2(!m_entry.isEmpty(), qPrintable(desktopDir()));
+        QFile file(desktopDir() + QStringLiteral("/norvikplayer.desktop"));
+        QVERIFY2(file.open(QIODevice::ReadOnly | QIODevice::Text), qPrintable(file.fileName()));
+        for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n'))
+        {
+            if (line.indexOf(u'=') > 0 && !line.startsWith(u'#'))
+                m_entry.insert(line.section(u'=', 0, 0), line.section(u'=', 1));
+        }
         m_types = m_entry.value(QStringLiteral("MimeType")).split(u';', Qt::SkipEmptyParts);
-    }
-
-    void startsThePlayerWithUrls()
-    {
-        QCOMPARE(m_entry.value(QStringLiteral("Type")), QStringLiteral("Application"));
-        // %U: file managers hand files over as file: URLs, and the scheme's
-        // links arrive the same way.
-        QCOMPARE(m_entry.value(QStringLiteral("Exec")), QStringLiteral("norvikplayer %U"));
-        QVERIFY(m_types.contains(QStringLiteral("x-scheme-handler/norvikplayer")));
     }
 
     void registersEveryTypeThePlayerTakes()
     {
         const QMimeDatabase database;
-        if (!database.mimeTypeForFile(QStringLiteral("x.mp4"), QMimeDatabase::MatchExtension).isValid() ||
-            database.mimeTypeForFile(QStringLiteral("x.mp4"), QMimeDatabase::MatchExtension).isDefault())
+        if (database.mimeTypeForFile(QStringLiteral("x.mp4"), QMimeDatabase::MatchExtension).isDefault())
             QSKIP("No MIME database here to map extensions to types");
 
         QStringList extensions = ZBMediaTypes::getSupportedFileTypes();
@@ -86,9 +66,8 @@ private Q_SLOTS:
                 continue;
             ++known;
             const QStringList names = QStringList{type.name()} + type.aliases();
-            const bool listed =
-                std::any_of(names.begin(), names.end(), [this](const QString &name) { return m_types.contains(name); });
-            if (!listed)
+            if (!std::any_of(names.begin(), names.end(),
+                             [this](const QString &name) { return m_types.contains(name); }))
                 missing << extension + QStringLiteral(" (") + type.name() + u')';
         }
         QVERIFY2(missing.isEmpty(), qPrintable(missing.join(QStringLiteral(", "))));
@@ -101,59 +80,33 @@ private Q_SLOTS:
     {
         QFile file(desktopDir() + QStringLiteral("/norvikplayer-mime.xml"));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QXmlStreamReader xml(&file);
-        QString currentType;
-        QHash<QString, QStringList> globs;
-        while (!xml.atEnd())
-        {
-            if (xml.readNext() != QXmlStreamReader::StartElement)
-                continue;
-            if (xml.name() == QLatin1String("mime-type"))
-                currentType = xml.attributes().value(QLatin1String("type")).toString();
-            else if (xml.name() == QLatin1String("glob"))
-                globs[currentType] << xml.attributes().value(QLatin1String("pattern")).toString();
-        }
-        QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
-        QCOMPARE(globs.value(QStringLiteral("application/x-norvikplayer-playlist")),
-                 QStringList{QStringLiteral("*.nvp")});
-        QVERIFY(m_types.contains(QStringLiteral("application/x-norvikplayer-playlist")));
+        const QString text = QString::fromUtf8(file.readAll());
+        const QString type = QRegularExpression(QStringLiteral("<mime-type type=\"([^\"]+)\"")).match(text).captured(1);
+        const QString glob = QRegularExpression(QStringLiteral("<glob pattern=\"([^\"]+)\"")).match(text).captured(1);
+        QCOMPARE(type + u' ' + glob, QStringLiteral("application/x-norvikplayer-playlist *.nvp"));
+        QVERIFY(m_types.contains(type));
     }
 
-    void theIconExistsInBothForms()
+    // %U: file managers hand files over as file: URLs, and the scheme's
+    // links arrive the same way; the software centre finds the entry by the
+    // metadata's id, and the icon is the rounded tile, not a blank.
+    void launchesWithUrlsAndIsFoundWithItsIcon()
     {
+        QCOMPARE(m_entry.value(QStringLiteral("Exec")), QStringLiteral("norvikplayer %U"));
+        QVERIFY(m_types.contains(QStringLiteral("x-scheme-handler/norvikplayer")));
+        const QStringList found = QDir(desktopDir()).entryList({QStringLiteral("*.metainfo.xml")});
+        QCOMPARE(found.size(), 1);
+        QFile file(desktopDir() + u'/' + found.first());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(file.readAll());
+        QVERIFY(text.contains(QStringLiteral("<id>") + found.first().chopped(13) + QStringLiteral("</id>")));
+        QVERIFY(text.contains(QStringLiteral("<launchable type=\"desktop-id\">norvikplayer.desktop</launchable>")));
         QCOMPARE(m_entry.value(QStringLiteral("Icon")), QStringLiteral("norvikplayer"));
-        QFile svg(desktopDir() + QStringLiteral("/norvikplayer.svg"));
-        QVERIFY(svg.open(QIODevice::ReadOnly));
-        QVERIFY(svg.readAll().contains("<svg"));
+        QVERIFY(QFileInfo(desktopDir() + QStringLiteral("/norvikplayer.svg")).size() > 0);
         const QImage png(desktopDir() + QStringLiteral("/norvikplayer-256.png"));
         QCOMPARE(png.size(), QSize(256, 256));
-        // Transparent corners, an opaque middle: the rounded tile, not a blank.
         QCOMPARE(qAlpha(png.pixel(0, 0)), 0);
         QCOMPARE(qAlpha(png.pixel(128, 128)), 255);
-    }
-
-    void theSoftwareCentreFindsTheEntry()
-    {
-        QDir dir(desktopDir());
-        const QStringList metainfo = dir.entryList({QStringLiteral("*.metainfo.xml")});
-        QCOMPARE(metainfo.size(), 1);
-        QFile file(dir.filePath(metainfo.first()));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QXmlStreamReader xml(&file);
-        QString id;
-        QString launchable;
-        while (!xml.atEnd())
-        {
-            if (xml.readNext() != QXmlStreamReader::StartElement)
-                continue;
-            if (xml.name() == QLatin1String("id"))
-                id = xml.readElementText();
-            else if (xml.name() == QLatin1String("launchable"))
-                launchable = xml.readElementText();
-        }
-        QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
-        QCOMPARE(metainfo.first(), id + QStringLiteral(".metainfo.xml"));
-        QCOMPARE(launchable, QStringLiteral("norvikplayer.desktop"));
     }
 };
 
