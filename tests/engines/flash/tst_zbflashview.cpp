@@ -16,6 +16,7 @@ using nvktest::SwfWriter;
 using Compression = nvktest::SwfWriter::Compression;
 
 Q_DECLARE_METATYPE(CounterMovieOptions)
+Q_DECLARE_METATYPE(Compression)
 
 namespace
 {
@@ -42,6 +43,37 @@ void addMovieKinds()
     QTest::newRow("AVM1 v4, wrapped") << movie(4);
     QTest::newRow("AS3, hosted") << movie(10, Compression::None, true);
 }
+// Frames told apart only by where one shape stands: placed on the first frame,
+// moved by every later one, no actions of its own. The rate is low on purpose:
+// the engine draws only on a frame tick, so a goto on a paused movie that is
+// not waited out shows the old picture here, whatever the machine's speed.
+QByteArray movingShapeMovie(int version, Compression compression, bool as3)
+{
+    SwfWriter writer;
+    writer.setVersion(version).setStageSize(200, 150).setFrameRate(4).setFileAttributes(version >= 8, as3);
+    writer.addTag(SwfWriter::DefineShapeTag, SwfWriter::rectangleShape(1, 0, 200, 0, 200, 255, 0, 0));
+    for (int frame = 0; frame < 30; ++frame)
+    {
+        const qint32 x = (5 + 6 * frame) * 20;
+        writer.addTag(SwfWriter::PlaceObject2Tag,
+                      frame == 0 ? SwfWriter::placeObject2(1, 1, x, 70 * 20) : SwfWriter::moveObject2(1, x, 70 * 20));
+        writer.showFrame();
+    }
+    return writer.build(compression);
+}
+
+// The frame whose place the shape's left edge stands at; -1 when not shown.
+int shapeFrame(const QImage &image)
+{
+    const int y = image.height() / 2;
+    for (int x = 0; x < image.width(); ++x)
+    {
+        const QColor c = image.pixelColor(x, y);
+        if (c.red() > 200 && c.green() < 80 && c.blue() < 80)
+            return qRound((x * 200.0 / image.width() - 5) / 6);
+    }
+    return -1;
+}
 } // namespace
 
 class TestZBFlashView : public QObject
@@ -55,6 +87,8 @@ private Q_SLOTS:
 
     void framesAdvancePauseAndGo_data() { addMovieKinds(); }
     void framesAdvancePauseAndGo();
+    void pausedGotosAreDrawn_data();
+    void pausedGotosAreDrawn();
     void fsCommandsReachTheProgram_data();
     void fsCommandsReachTheProgram();
     void damagedMoviesAreRefused_data();
@@ -437,4 +471,37 @@ void TestZBFlashView::theMovieKeepsItsBackground()
 }
 
 NVK_FLASH_TEST_MAIN(TestZBFlashView)
+
+void TestZBFlashView::pausedGotosAreDrawn_data()
+{
+    QTest::addColumn<int>("version");
+    QTest::addColumn<Compression>("compression");
+    QTest::addColumn<bool>("as3");
+    QTest::newRow("v6, wrapped") << 6 << Compression::None << false;
+    QTest::newRow("v8, deflated, injected") << 8 << Compression::Zlib << false;
+    QTest::newRow("v10, LZMA, injected") << 10 << Compression::Lzma << false;
+    QTest::newRow("v10, hosted") << 10 << Compression::None << true;
+}
+
+void TestZBFlashView::pausedGotosAreDrawn()
+{
+    QFETCH(int, version);
+    QFETCH(Compression, compression);
+    QFETCH(bool, as3);
+    QVERIFY(loadAndWait(movingShapeMovie(version, compression, as3)));
+    m_view->stop();
+    QSignalSpy shown(m_view, &ZBFlashView::frameShown);
+    // A seek bar dragged over a paused movie: only the last goto need be drawn.
+    m_view->gotoFrame(7);
+    m_view->gotoFrame(9);
+    for (const int target : {11, 3, 20, 29})
+    {
+        m_view->gotoFrame(target);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->isGotoPending(), 5000);
+        QCOMPARE(shown.last(), (QList<QVariant>{target, true}));
+        QCOMPARE(m_view->currentFrame(), target);
+        QTRY_COMPARE_WITH_TIMEOUT(shapeFrame(m_view->snapshot()), target, 1000);
+    }
+}
+
 #include "tst_zbflashview.moc"
