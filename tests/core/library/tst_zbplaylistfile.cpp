@@ -1,5 +1,4 @@
 #include <QFile>
-#include <QSet>
 #include <QTest>
 
 #include "library/zbitem.h"
@@ -7,15 +6,14 @@
 #include "library/zbplaylist.h"
 #include "library/zbplaylistfile.h"
 #include "library/zbpropertylist.h"
-#include "localization/zblocalizer.h"
 #include "predicate/zbpredicate.h"
 #include "support/testsupport.h"
 
 namespace
 {
-QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0)
+QDateTime utc(int year, int month, int day, int hour = 0)
 {
-    return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC);
+    return QDateTime(QDate(year, month, day), QTime(hour, 0), Qt::UTC);
 }
 
 // A track entry as a file holds it, every key present.
@@ -50,46 +48,21 @@ QVariantMap smartRoot(const QString &name, const QString &request)
     return root;
 }
 
-QStringList uuids(const QList<ZBItem *> &items)
-{
-    QStringList result;
-    for (const ZBItem *item : items)
-        result << item->ItemUUID();
-    result.sort();
-    return result;
-}
-
 // Everything a file carries about a track, never-played kept apart from any
-// real date.
-QString describe(const ZBItem *item)
-{
-    return QStringList{item->Name(),
-                       item->Type(),
-                       item->Path(),
-                       item->URL(),
-                       item->SourcePageTitle(),
-                       QString::number(item->Rating().value_or(-1)),
-                       QString::number(item->Length().value_or(-1)),
-                       QString::number(item->PlayCount().value_or(-1)),
-                       item->Added().toString(Qt::ISODateWithMs),
-                       item->LastPlayed().isValid() ? item->LastPlayed().toString(Qt::ISODateWithMs) : "never"}
-        .join(u'|');
-}
-
+// real date; sorted, as list order is not what these cases look at.
 QStringList described(const QList<ZBItem *> &items)
 {
+    const auto number = [](std::optional<qint32> value)
+    {
+        return QString::number(value.value_or(-1));
+    };
     QStringList result;
     for (const ZBItem *item : items)
-        result << describe(item);
-    result.sort();
-    return result;
-}
-
-QStringList paths(const QList<ZBItem *> &items)
-{
-    QStringList result;
-    for (const ZBItem *item : items)
-        result << item->Path();
+        result << QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8|%9")
+                          .arg(item->Name(), item->Type(), item->Path(), item->URL(), item->SourcePageTitle(),
+                               number(item->Rating()), number(item->Length()), number(item->PlayCount()),
+                               item->Added().toString(Qt::ISODateWithMs)) +
+                      (item->LastPlayed().isValid() ? item->LastPlayed().toString(Qt::ISODateWithMs) : "|never");
     result.sort();
     return result;
 }
@@ -103,51 +76,40 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void exportThenImportAddsASecondListOfTheSameTracks();
-    void exportedFileHoldsTheListAndItsTracks();
-    void anotherLibraryGetsTheTracksAsExported();
+    void exportThenImportHereAndElsewhere();
     void smartListsTravelWithTheirFilterAndNoTracks();
-    void aPathAlreadyInTheLibraryKeepsItsTrack();
-    void aGapInTheNumberingEndsTheTracks();
+    void pathsAndNumberingOfEntries();
     void entriesLackingARequiredKeyAreSkipped_data();
     void entriesLackingARequiredKeyAreSkipped();
-    void optionalTrackKeysMayBeMissing();
-    void rootLackingARequiredKeyCreatesNothing_data();
-    void rootLackingARequiredKeyCreatesNothing();
-    void unreadableFilesAreReportedTwice_data();
-    void unreadableFilesAreReportedTwice();
-    void valuesOfOtherNumberKinds();
+    void optionalKeysAndOtherNumberKinds();
+    void importsThatCreateNothing_data();
+    void importsThatCreateNothing();
     void failedExportsSayWhy();
-    void fileNamesAndAlertTexts();
 
 private:
     std::unique_ptr<nvktest::DataDir> m_dir;
     std::unique_ptr<ZBLibraryController> m_library;
 
-    QString write(const QVariantMap &root, const QString &name = QStringLiteral("list.nvp"))
+    ZBPlaylistFile::ImportResult import(const QVariantMap &root)
     {
-        const QString path = m_dir->filePath(name);
+        const QString path = m_dir->filePath(QStringLiteral("list.nvp"));
         QString error;
         if (!ZBPropertyList::writeFile(path, root, &error))
             qWarning() << error;
-        return path;
-    }
-    ZBPlaylistFile::ImportResult import(const QVariantMap &root)
-    {
-        return ZBPlaylistFile::importPlaylistFile(*m_library, write(root));
+        return ZBPlaylistFile::importPlaylistFile(*m_library, path);
     }
     ZBPlaylist *list(const QString &uuid) { return m_library->getPlaylistsFromLibraryByUUID(uuid); }
     QString addTrack(const QString &name, const QString &path, const QString &url = QStringLiteral(""),
                      const QDateTime &lastPlayed = QDateTime(), const QString &sourcePage = QString())
     {
         return m_library->addItemToLibrarybyName(name, path, url, QStringLiteral("mp4"), 4, 125, 7,
-                                                 utc(2023, 11, 20, 18, 30, 15), lastPlayed, sourcePage);
+                                                 utc(2023, 11, 20, 18), lastPlayed, sourcePage);
     }
     // Three tracks in a plain list: one from the web, one never played.
     ZBPlaylist *roadTrip()
     {
         const QString first = addTrack(QStringLiteral("Coast"), QStringLiteral("/v/coast.mp4"),
-                                       QStringLiteral("http://example.net/coast.mp4"), utc(2024, 1, 2, 3, 4, 5),
+                                       QStringLiteral("http://example.net/coast.mp4"), utc(2024, 1, 2, 3),
                                        QStringLiteral("Coast videos"));
         const QString second = addTrack(QStringLiteral("Mountains"), QStringLiteral("/v/mountains.mp4"));
         const QString third =
@@ -159,7 +121,7 @@ private:
             m_library->addItemWithUUID(uuid, playlist);
         return playlist;
     }
-    qsizetype userListCount() const { return m_library->getAllPlaylistsFromLibraryByName(QStringLiteral("*")).size(); }
+    qsizetype listCount() { return m_library->managedObjectContext()->playlists().size(); }
     qsizetype trackCount() { return m_library->managedObjectContext()->items().size(); }
 };
 
@@ -178,111 +140,54 @@ void TestZBPlaylistFile::cleanup()
     m_dir.reset();
 }
 
-void TestZBPlaylistFile::exportThenImportAddsASecondListOfTheSameTracks()
+void TestZBPlaylistFile::exportThenImportHereAndElsewhere()
 {
     ZBPlaylist *original = roadTrip();
     const QString path = m_dir->filePath(QStringLiteral("road trip.nvp"));
     QString error;
     QVERIFY2(ZBPlaylistFile::exportPlaylist(*m_library, original, path, &error), qPrintable(error));
-    const qsizetype tracksBefore = trackCount();
-
-    const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, path);
-    QVERIFY2(result.succeeded(), qPrintable(result.error));
-    QCOMPARE(result.errorAlertCount(), 0);
-    QVERIFY(!result.unreadable);
-    QVERIFY2(result.notes.isEmpty(), qPrintable(result.notes.join('\n')));
-    QCOMPARE(result.tracksInList, 3);
-    QCOMPARE(result.tracksNewToLibrary, 0);
-    QCOMPARE(trackCount(), tracksBefore);
-
-    // The name is taken as it is, though a list of that name exists.
-    QCOMPARE(m_library->getAllPlaylistsFromLibraryByName(QStringLiteral("Road trip")).size(), 2);
-    ZBPlaylist *copy = list(result.playlistUUID);
-    QVERIFY(copy && copy != original);
-    QCOMPARE(copy->Name(), original->Name());
-    QVERIFY(!copy->isSmart());
-    QCOMPARE(copy->Group(), QStringLiteral("User"));
-    QCOMPARE(copy->SortField(), QStringLiteral("Rating"));
-    QCOMPARE(copy->Ascend(), std::optional<bool>(false));
-    QCOMPARE(copy->SortOrder(), std::optional<qint32>(204));
-    QCOMPARE(uuids(copy->Item()), uuids(original->Item()));
-
-    // Importing the same file again makes a third list, still of the same tracks.
-    const ZBPlaylistFile::ImportResult again = ZBPlaylistFile::importPlaylistFile(*m_library, path);
-    QVERIFY(again.succeeded());
-    QVERIFY(again.playlistUUID != result.playlistUUID);
-    QCOMPARE(uuids(list(again.playlistUUID)->Item()), uuids(original->Item()));
-    QCOMPARE(trackCount(), tracksBefore);
-}
-
-void TestZBPlaylistFile::exportedFileHoldsTheListAndItsTracks()
-{
-    ZBPlaylist *playlist = roadTrip();
-    // The list's own order record stays behind.
-    ZBItemList reversed = playlist->Item();
-    std::reverse(reversed.begin(), reversed.end());
-    m_library->saveItemsOrderForPlaylist(playlist, reversed);
-
-    const QString path = m_dir->filePath(QStringLiteral("out.nvp"));
-    QVERIFY(ZBPlaylistFile::exportPlaylist(*m_library, playlist, path));
-    QString error;
     const QVariantMap root = ZBPropertyList::readFile(path, &error).value_or(QVariant()).toMap();
-    QVERIFY2(!root.isEmpty(), qPrintable(error));
+    QCOMPARE(root.keys(), (QStringList{"0", "1", "2", "Ascend", "Name", "SortField", "SortOrder", "isSmart"}));
+    // Never played is written as the reference date.
+    const ZBItem *desert = m_library->getItemsFromPlaylist(original).at(2);
+    const QVariantMap third = root.value("2").toMap();
+    QCOMPARE(third.value("Path").toString(), desert->Path());
+    QCOMPARE(third.value("LastPlayed").toDateTime(),
+             desert->LastPlayed().isValid() ? desert->LastPlayed() : ZBPredicate::referenceDate());
 
-    const QStringList keys{"0", "1", "2", "Ascend", "Name", "SortField", "SortOrder", "isSmart"};
-    QCOMPARE(root.keys(), keys);
-    QCOMPARE(root.value("Name"), QVariant(QStringLiteral("Road trip")));
-    QCOMPARE(root.value("isSmart"), QVariant(false));
-    QCOMPARE(root.value("SortField"), QVariant(QStringLiteral("Rating")));
-    QCOMPARE(root.value("Ascend"), QVariant(false));
-    QCOMPARE(root.value("SortOrder"), QVariant(qlonglong(204)));
-
-    // Entries follow the order the library hands the members out in.
-    const ZBItemList members = m_library->getItemsFromPlaylist(playlist);
-    QCOMPARE(members.size(), 3);
-    const QStringList trackKeys{"Added",     "LastPlayed", "Length",     "Name", "Path",
-                                "PlayCount", "Rating",     "SourcePage", "Type", "URL"};
-    for (qsizetype index = 0; index < members.size(); ++index)
+    // Here the name is taken as it is, though a list of that name exists,
+    // and the tracks are the ones already in the library, every time.
+    const qsizetype tracksBefore = trackCount();
+    for (int round = 0; round < 2; ++round)
     {
-        const ZBItem *item = members.at(index);
-        const QVariantMap track = root.value(QString::number(index)).toMap();
-        QCOMPARE(track.keys(), trackKeys);
-        // Never played is written as the reference date, as always.
-        const QDateTime lastPlayed = item->LastPlayed().isValid() ? item->LastPlayed() : ZBPredicate::referenceDate();
-        const QVariantMap expected{{"Name", item->Name()},
-                                   {"Type", item->Type()},
-                                   {"Path", item->Path()},
-                                   {"Length", qlonglong(*item->Length())},
-                                   {"Rating", qlonglong(*item->Rating())},
-                                   {"PlayCount", qlonglong(*item->PlayCount())},
-                                   {"Added", item->Added()},
-                                   {"LastPlayed", lastPlayed},
-                                   {"URL", item->URL()},
-                                   {"SourcePage", item->SourcePageTitle().isNull() ? "" : item->SourcePageTitle()}};
-        for (auto it = expected.cbegin(); it != expected.cend(); ++it)
-            QCOMPARE(track.value(it.key()), it.value());
+        const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, path);
+        QVERIFY2(result.succeeded() && result.notes.isEmpty(), qPrintable(result.error + result.notes.join('\n')));
+        QCOMPARE(result.tracksInList, 3);
+        QCOMPARE(result.tracksNewToLibrary, 0);
+        const ZBPlaylist *copy = list(result.playlistUUID);
+        QVERIFY(copy != original);
+        QCOMPARE(copy->Name(), original->Name());
+        QCOMPARE(copy->Group(), QStringLiteral("User"));
+        QCOMPARE(copy->SortField(), QStringLiteral("Rating"));
+        QCOMPARE(copy->Ascend(), std::optional<bool>(false));
+        QCOMPARE(copy->SortOrder(), std::optional<qint32>(204));
+        QCOMPARE(m_library->getItemsFromPlaylist(copy), m_library->getItemsFromPlaylist(original));
     }
-}
+    QCOMPARE(trackCount(), tracksBefore);
+    QCOMPARE(m_library->getAllPlaylistsFromLibraryByName(QStringLiteral("Road trip")).size(), 3);
 
-void TestZBPlaylistFile::anotherLibraryGetsTheTracksAsExported()
-{
-    ZBPlaylist *playlist = roadTrip();
+    // Another library gets a new track of its own for each, never played
+    // staying never played.
     nvktest::DataDir elsewhere;
-    const QString path = elsewhere.filePath(QStringLiteral("shared.nvp"));
-    QVERIFY(ZBPlaylistFile::exportPlaylist(*m_library, playlist, path));
-
     ZBLibraryController other;
     QVERIFY(other.openStore(elsewhere.path()).ok);
     other.initLibrary();
     const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(other, path);
     QVERIFY2(result.succeeded(), qPrintable(result.error));
     QCOMPARE(result.tracksNewToLibrary, 3);
-    QCOMPARE(result.tracksInList, 3);
     const ZBPlaylist *imported = other.getPlaylistsFromLibraryByUUID(result.playlistUUID);
-    // A new track of its own for each, never played staying never played.
-    QCOMPARE(described(imported->Item()), described(playlist->Item()));
-    for (const ZBItem *theirs : imported->Item())
-        QVERIFY(!m_library->itemByUUID(theirs->ItemUUID()));
+    QCOMPARE(described(imported->Item()), described(original->Item()));
+    QVERIFY(!m_library->itemByUUID(imported->Item().first()->ItemUUID()));
 }
 
 void TestZBPlaylistFile::smartListsTravelWithTheirFilterAndNoTracks()
@@ -291,315 +196,200 @@ void TestZBPlaylistFile::smartListsTravelWithTheirFilterAndNoTracks()
     const QString request = QStringLiteral("Name BEGINSWITH[cd] 'm' OR URL CONTAINS 'coast'");
     ZBPlaylist *smart = list(m_library->addSmartListWithName(QStringLiteral("Picked"), request, QStringLiteral("User"),
                                                              QStringLiteral("PlayCount"), true, 210));
-    QCOMPARE(m_library->getItemsFromPlaylist(smart).size(), 2);
-
     const QString path = m_dir->filePath(QStringLiteral("picked.nvp"));
     QVERIFY(ZBPlaylistFile::exportPlaylist(*m_library, smart, path));
     const QVariantMap root = ZBPropertyList::readFile(path).value_or(QVariant()).toMap();
     QCOMPARE(root.keys(), (QStringList{"Ascend", "Name", "Request", "SortField", "SortOrder", "isSmart"}));
-    QCOMPARE(root.value("isSmart"), QVariant(true));
-    QCOMPARE(root.value("Request"), QVariant(request));
 
     const qsizetype tracksBefore = trackCount();
     const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, path);
-    QVERIFY2(result.succeeded(), qPrintable(result.error));
-    QVERIFY(result.notes.isEmpty());
+    QVERIFY2(result.succeeded() && result.notes.isEmpty(), qPrintable(result.error));
     const ZBPlaylist *copy = list(result.playlistUUID);
     QVERIFY(copy->isSmart());
-    QCOMPARE(copy->Group(), QStringLiteral("User"));
     QCOMPARE(copy->Request(), request);
     QCOMPARE(copy->SortField(), QStringLiteral("PlayCount"));
-    QCOMPARE(copy->Ascend(), std::optional<bool>(true));
-    QCOMPARE(copy->SortOrder(), std::optional<qint32>(210));
-    QCOMPARE(uuids(m_library->getItemsFromPlaylist(copy)), uuids(m_library->getItemsFromPlaylist(smart)));
-    QCOMPARE(trackCount(), tracksBefore);
+    QCOMPARE(m_library->getItemsFromPlaylist(copy).size(), 2);
 
-    // Track entries in a smart list's file are no business of the import.
-    QVariantMap withTracks = smartRoot(QStringLiteral("Stray"), QStringLiteral("Rating > 3"));
-    withTracks.insert("0", entry(QStringLiteral("Stray"), QStringLiteral("/v/stray.mp4")));
-    QVERIFY(import(withTracks).succeeded());
+    // Track entries in a smart list's file are no business of the import; a
+    // filter that does not parse still makes its list, with a note.
+    QVariantMap broken = smartRoot(QStringLiteral("Broken"), QStringLiteral("Name =="));
+    broken.insert("0", entry(QStringLiteral("Stray"), QStringLiteral("/v/stray.mp4")));
+    const ZBPlaylistFile::ImportResult made = import(broken);
     QCOMPARE(trackCount(), tracksBefore);
-
-    // A filter that does not parse still makes its list, as it always has;
-    // norvikctl says so.
-    const ZBPlaylistFile::ImportResult broken = import(smartRoot(QStringLiteral("Broken"), QStringLiteral("Name ==")));
-    QVERIFY(broken.succeeded());
-    QCOMPARE(broken.notes.size(), 1);
-    QVERIFY2(broken.notes.first().contains(QLatin1String("does not parse")), qPrintable(broken.notes.first()));
+    QVERIFY(made.succeeded());
+    QCOMPARE(made.notes.size(), 1);
+    QVERIFY2(made.notes.first().contains(QLatin1String("does not parse")), qPrintable(made.notes.first()));
 }
 
-void TestZBPlaylistFile::aPathAlreadyInTheLibraryKeepsItsTrack()
+void TestZBPlaylistFile::pathsAndNumberingOfEntries()
 {
     const QString mine =
         m_library->addItemToLibrarybyName(QStringLiteral("Mine"), QStringLiteral("/v/Shared.mp4"), QStringLiteral(""),
                                           QStringLiteral("mp4"), 5, 30, 9, utc(2020, 1, 1), QDateTime(), QString());
+    const QStringList mineBefore = described({m_library->itemByUUID(mine)});
     QVariantMap root = plainRoot(QStringLiteral("From a friend"));
-    root.insert("0", entry(QStringLiteral("Theirs"), QStringLiteral("/V/SHARED.MP4")));
-    root.insert("1", entry(QStringLiteral("New"), QStringLiteral("/v/new.mp4")));
-    // The same path twice is one member.
-    root.insert("2", entry(QStringLiteral("Again"), QStringLiteral("/v/new.mp4")));
+    // A path in the library in other letter case keeps its track; the same
+    // path twice is one member; a gap in the numbering ends the entries.
+    const QStringList entryPaths{"/V/SHARED.MP4", "/v/new.mp4", "/v/new.mp4", "", "/v/late.mp4"};
+    for (int index = 0; index < entryPaths.size(); ++index)
+    {
+        if (!entryPaths[index].isEmpty())
+            root.insert(QString::number(index), entry(QStringLiteral("Entry %1").arg(index), entryPaths[index]));
+    }
+    root.insert("+5", entry(QStringLiteral("Not an index"), QStringLiteral("/v/plus.mp4")));
     const qsizetype before = trackCount();
 
     const ZBPlaylistFile::ImportResult result = import(root);
     QVERIFY(result.succeeded());
+    QCOMPARE(result.errorAlertCount(), 0);
     QCOMPARE(result.tracksNewToLibrary, 1);
     QCOMPARE(result.tracksInList, 2);
     QCOMPARE(trackCount(), before + 1);
-    const ZBItem *kept = m_library->itemByUUID(mine);
-    QVERIFY(list(result.playlistUUID)->Item().contains(kept));
-    QCOMPARE(describe(kept), QStringLiteral("Mine|mp4|/v/Shared.mp4|||5|30|9|2020-01-01T00:00:00.000Z|never"));
-}
-
-void TestZBPlaylistFile::aGapInTheNumberingEndsTheTracks()
-{
-    QVariantMap root = plainRoot(QStringLiteral("Gappy"));
-    for (const int index : {0, 1, 3, 4})
-        root.insert(QString::number(index),
-                    entry(QStringLiteral("Track %1").arg(index), QStringLiteral("/v/%1.mp4").arg(index)));
-    const ZBPlaylistFile::ImportResult result = import(root);
-    QVERIFY(result.succeeded());
-    QCOMPARE(result.errorAlertCount(), 0);
-    QCOMPARE(result.tracksInList, 2);
-    QCOMPARE(paths(list(result.playlistUUID)->Item()), (QStringList{"/v/0.mp4", "/v/1.mp4"}));
+    QVERIFY(list(result.playlistUUID)->Item().contains(m_library->itemByUUID(mine)));
+    QCOMPARE(described({m_library->itemByUUID(mine)}), mineBefore);
     QCOMPARE(result.notes.size(), 1);
-    QVERIFY2(result.notes.first().contains(QLatin1String("\"2\" is missing")) &&
-                 result.notes.first().contains(QLatin1String("\"3\", \"4\"")),
+    QVERIFY2(result.notes.first().contains(QLatin1String("\"3\" is missing")) &&
+                 result.notes.first().contains(QLatin1String("\"4\"")),
              qPrintable(result.notes.first()));
-
-    // Keys that are not plain indexes are not entries at all.
-    QVariantMap odd = plainRoot(QStringLiteral("Odd keys"));
-    odd.insert("00", entry(QStringLiteral("Zero zero"), QStringLiteral("/v/00.mp4")));
-    odd.insert("+1", entry(QStringLiteral("Plus one"), QStringLiteral("/v/plus1.mp4")));
-    const ZBPlaylistFile::ImportResult none = import(odd);
-    QVERIFY(none.succeeded());
-    QCOMPARE(none.tracksInList, 0);
-    QVERIFY(none.notes.isEmpty());
 }
 
 void TestZBPlaylistFile::entriesLackingARequiredKeyAreSkipped_data()
 {
     QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("wrongKind");
+    QTest::addColumn<QVariant>("value"); // invalid: the key is absent
 
-    QTest::newRow("Type") << "Type" << QVariant(qlonglong(4));
-    QTest::newRow("Name") << "Name" << QVariant(QVariantList{});
-    QTest::newRow("Length") << "Length" << QVariant(QStringLiteral("long"));
-    QTest::newRow("Path") << "Path" << QVariant(QByteArray("/v/x"));
-    QTest::newRow("PlayCount") << "PlayCount" << QVariant(utc(2024, 1, 1));
-    QTest::newRow("Rating") << "Rating" << QVariant(qlonglong(1) << 40);
-    QTest::newRow("Added") << "Added" << QVariant(QStringLiteral("2024-05-01T08:00:00Z"));
+    QTest::newRow("Type absent") << "Type" << QVariant();
+    QTest::newRow("Added absent") << "Added" << QVariant();
+    QTest::newRow("Path of another kind") << "Path" << QVariant(QByteArray("/v/x"));
+    QTest::newRow("Added of another kind") << "Added" << QVariant(QStringLiteral("2024-05-01T08:00:00Z"));
+    QTest::newRow("Rating out of range") << "Rating" << QVariant(qlonglong(1) << 40);
 }
 
 void TestZBPlaylistFile::entriesLackingARequiredKeyAreSkipped()
 {
     QFETCH(QString, key);
-    QFETCH(QVariant, wrongKind);
+    QFETCH(QVariant, value);
 
-    for (const bool absent : {true, false})
-    {
-        QVariantMap root = plainRoot(QStringLiteral("Skipping"));
-        root.insert("0", entry(QStringLiteral("First"), QStringLiteral("/v/first-%1.mp4").arg(absent)));
-        QVariantMap faulty = entry(QStringLiteral("Faulty"), QStringLiteral("/v/faulty.mp4"));
-        if (absent)
-            faulty.remove(key);
-        else
-            faulty.insert(key, wrongKind);
-        root.insert("1", faulty);
-        root.insert("2", entry(QStringLiteral("Third"), QStringLiteral("/v/third-%1.mp4").arg(absent)));
-        const qsizetype before = trackCount();
+    QVariantMap root = plainRoot(QStringLiteral("Skipping"));
+    root.insert("0", entry(QStringLiteral("First"), QStringLiteral("/v/first.mp4")));
+    QVariantMap faulty = entry(QStringLiteral("Faulty"), QStringLiteral("/v/faulty.mp4"));
+    if (value.isValid())
+        faulty.insert(key, value);
+    else
+        faulty.remove(key);
+    root.insert("1", faulty);
+    root.insert("2", entry(QStringLiteral("Third"), QStringLiteral("/v/third.mp4")));
 
-        const ZBPlaylistFile::ImportResult result = import(root);
-        QVERIFY(result.succeeded());
-        QCOMPARE(result.errorAlertCount(), 0);
-        QCOMPARE(result.tracksInList, 2);
-        QCOMPARE(trackCount(), before + 2);
-        for (const ZBItem *item : list(result.playlistUUID)->Item())
-            QVERIFY(item->Name() != u"Faulty" && item->Path() != u"/v/faulty.mp4");
-        QCOMPARE(result.notes.size(), 1);
-        QVERIFY2(result.notes.first().contains(u"\"1\"") && result.notes.first().contains(u'"' + key + u'"'),
-                 qPrintable(result.notes.first()));
-    }
+    const ZBPlaylistFile::ImportResult result = import(root);
+    QVERIFY(result.succeeded());
+    QCOMPARE(result.tracksInList, 2);
+    QCOMPARE(trackCount(), 2);
+    QCOMPARE(result.notes.size(), 1);
+    QVERIFY2(result.notes.first().contains(u"\"1\"") && result.notes.first().contains(u'"' + key + u'"'),
+             qPrintable(result.notes.first()));
 }
 
-void TestZBPlaylistFile::optionalTrackKeysMayBeMissing()
+void TestZBPlaylistFile::optionalKeysAndOtherNumberKinds()
 {
     QVariantMap bare = entry(QStringLiteral("Bare"), QStringLiteral("/v/bare.mp4"));
     for (const char *optional : {"URL", "SourcePage", "LastPlayed"})
         bare.remove(optional);
+    // Numbers written as text, reals or booleans by other writers count as
+    // the numbers they stand for.
+    bare.insert("Rating", 4.9);
+    bare.insert("Length", QStringLiteral("61"));
+    bare.insert("PlayCount", true);
     QVariantMap never = entry(QStringLiteral("Never"), QStringLiteral("/v/never.mp4"));
     never.insert("LastPlayed", ZBPredicate::referenceDate());
-    QVariantMap web = entry(QStringLiteral("Web"), QStringLiteral("/v/web.flv"));
-    web.insert("URL", QStringLiteral("http://example.net/web.flv"));
-    web.insert("SourcePage", QStringLiteral("A page"));
-    web.insert("Type", QStringLiteral("flv"));
     QVariantMap root = plainRoot(QStringLiteral("Optional"));
+    root.insert("Ascend", qlonglong(0));
+    root.insert("SortOrder", QStringLiteral(" 7 "));
     root.insert("0", bare);
     root.insert("1", never);
-    root.insert("2", web);
 
     const ZBPlaylistFile::ImportResult result = import(root);
-    QVERIFY(result.succeeded());
-    QCOMPARE(result.tracksInList, 3);
-    QVERIFY(result.notes.isEmpty());
-    for (const ZBItem *item : list(result.playlistUUID)->Item())
+    QVERIFY2(result.succeeded() && result.notes.isEmpty(), qPrintable(result.error));
+    const ZBPlaylist *playlist = list(result.playlistUUID);
+    QCOMPARE(playlist->Ascend(), std::optional<bool>(false));
+    QCOMPARE(playlist->SortOrder(), std::optional<qint32>(7));
+    // Empty, not absent: the download filters test URL == ''.
+    QCOMPARE(described(playlist->Item()),
+             (QStringList{"Bare|mp4|/v/bare.mp4|||4|61|1|2024-05-01T08:00:00.000Z|never",
+                          "Never|mp4|/v/never.mp4|||3|90|2|2024-05-01T08:00:00.000Z|never"}));
+    for (const ZBItem *item : playlist->Item())
+        QVERIFY(!item->URL().isNull() && !item->SourcePageTitle().isNull());
+
+    // An isSmart of another kind: a number or text saying yes, else no.
+    for (const QVariant &flag : {QVariant(qlonglong(1)), QVariant(QStringLiteral("YES")), QVariant(QVariantMap())})
     {
-        if (item->Name() == u"Web")
-        {
-            QCOMPARE(item->URL(), QStringLiteral("http://example.net/web.flv"));
-            QCOMPARE(item->SourcePageTitle(), QStringLiteral("A page"));
-            QCOMPARE(item->Type(), QStringLiteral("flv"));
-            QCOMPARE(item->LastPlayed(), utc(2024, 5, 2, 9));
-        }
-        else
-        {
-            // Empty, not absent: the download filters test URL == ''.
-            QVERIFY(item->URL().isEmpty() && !item->URL().isNull());
-            QVERIFY(item->SourcePageTitle().isEmpty() && !item->SourcePageTitle().isNull());
-            QVERIFY2(!item->LastPlayed().isValid(), qPrintable(item->Name()));
-        }
-        QCOMPARE(item->Added(), utc(2024, 5, 1, 8));
-        QCOMPARE(item->Rating(), std::optional<qint32>(3));
-        QCOMPARE(item->Length(), std::optional<qint32>(90));
-        QCOMPARE(item->PlayCount(), std::optional<qint32>(2));
+        QVariantMap smart = smartRoot(QStringLiteral("Smart"), QStringLiteral("Rating > 3"));
+        smart.insert("isSmart", flag);
+        const ZBPlaylistFile::ImportResult made = import(smart);
+        QVERIFY(made.succeeded());
+        QCOMPARE(list(made.playlistUUID)->isSmart(), flag.typeId() != QMetaType::QVariantMap);
     }
 }
 
-void TestZBPlaylistFile::rootLackingARequiredKeyCreatesNothing_data()
+void TestZBPlaylistFile::importsThatCreateNothing_data()
 {
-    QTest::addColumn<QVariantMap>("root");
-    QTest::addColumn<QString>("key");
-
-    for (const char *key : {"Name", "SortField", "Ascend", "SortOrder"})
+    QTest::addColumn<QByteArray>("content"); // null: no file at all
+    QTest::addColumn<QStringList>("missing");
+    QTest::addColumn<QString>("because");
+    const auto written = [](const QVariant &root)
     {
-        QVariantMap root = plainRoot(QStringLiteral("Incomplete"));
-        root.insert("0", entry(QStringLiteral("Would be added"), QStringLiteral("/v/would.mp4")));
-        root.remove(key);
-        QTest::addRow("plain without %s", key) << root << key;
-    }
-    for (const char *key : {"Name", "Request", "SortField", "Ascend", "SortOrder"})
-    {
-        QVariantMap root = smartRoot(QStringLiteral("Incomplete"), QStringLiteral("Rating > 2"));
-        root.remove(key);
-        QTest::addRow("smart without %s", key) << root << key;
-    }
+        return ZBPropertyList::write(root).value();
+    };
+    // A root lacking a required key is one alert.
+    QVariantMap plain = plainRoot(QStringLiteral("Incomplete"));
+    plain.insert("0", entry(QStringLiteral("Would be added"), QStringLiteral("/v/would.mp4")));
+    plain.remove("Ascend");
+    QTest::newRow("plain without Ascend") << written(plain) << QStringList{"Ascend"} << "\"Ascend\"";
+    QVariantMap smart = smartRoot(QStringLiteral("Incomplete"), QStringLiteral("Rating > 2"));
+    smart.remove("Request");
+    QTest::newRow("smart without Request") << written(smart) << QStringList{"Request"} << "\"Request\"";
     // isSmart absent is a plain list, which needs no Request.
     QVariantMap unmarked = smartRoot(QStringLiteral("Unmarked"), QStringLiteral("Rating > 2"));
     unmarked.remove("isSmart");
     unmarked.remove("SortField");
-    QTest::newRow("no isSmart, no SortField") << unmarked << "SortField";
-
-    QVariantMap wrongName = plainRoot(QStringLiteral(""));
-    wrongName.insert("Name", qlonglong(12));
-    QTest::newRow("Name of another kind") << wrongName << "Name";
+    QTest::newRow("no isSmart, no SortField") << written(unmarked) << QStringList{"SortField"} << "\"SortField\"";
     QVariantMap wrongOrder = plainRoot(QStringLiteral("Order"));
     wrongOrder.insert("SortOrder", QStringLiteral("first"));
-    QTest::newRow("SortOrder of another kind") << wrongOrder << "SortOrder";
-}
+    QTest::newRow("SortOrder of another kind") << written(wrongOrder) << QStringList{"SortOrder"} << "\"SortOrder\"";
 
-void TestZBPlaylistFile::rootLackingARequiredKeyCreatesNothing()
-{
-    QFETCH(QVariantMap, root);
-    QFETCH(QString, key);
-    const qsizetype lists = m_library->managedObjectContext()->playlists().size();
-    const qsizetype tracks = trackCount();
-
-    const ZBPlaylistFile::ImportResult result = import(root);
-    QVERIFY(!result.succeeded());
-    QVERIFY(!result.unreadable);
-    QCOMPARE(result.errorAlertCount(), 1);
-    QCOMPARE(result.missingKeys, QStringList{key});
-    QVERIFY2(result.error.contains(u'"' + key + u'"'), qPrintable(result.error));
-    QCOMPARE(m_library->managedObjectContext()->playlists().size(), lists);
-    QCOMPARE(trackCount(), tracks);
-}
-
-void TestZBPlaylistFile::unreadableFilesAreReportedTwice_data()
-{
-    QTest::addColumn<bool>("onDisk");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("because");
-
-    QTest::newRow("empty") << true << QByteArray() << "line 1";
-    QTest::newRow("not XML") << true << QByteArray("Name: Road trip\n0: /v/a.mp4\n") << "line 1";
-    QTest::newRow("broken XML") << true << QByteArray("<plist><dict><key>Name</key><string>Road trip</string></plist>")
+    // An unreadable file stands in as an empty root, lacking every key of a
+    // plain list: two alerts.
+    const QStringList all{"Name", "SortField", "Ascend", "SortOrder"};
+    QTest::newRow("broken XML") << QByteArray("<plist><dict><key>Name</key><string>Road trip</string></plist>") << all
                                 << "well-formed";
-    QTest::newRow("unknown element") << true << QByteArray("<plist><dict><key>Name</key><name>x</name></dict></plist>")
-                                     << "<name>";
-    QTest::newRow("array root") << true
-                                << ZBPropertyList::write(QVariantList{plainRoot(QStringLiteral("Inside"))}).value()
+    QTest::newRow("array root") << written(QVariantList{plainRoot(QStringLiteral("Inside"))}) << all
                                 << "<array>, not <dict>";
-    QTest::newRow("text root") << true << ZBPropertyList::write(QStringLiteral("Road trip")).value()
-                               << "<string>, not <dict>";
-    QTest::newRow("no such file") << false << QByteArray() << "cannot open";
+    QTest::newRow("no such file") << QByteArray() << all << "cannot open";
+    QTest::newRow("empty") << QByteArray("") << all << "line 1";
 }
 
-void TestZBPlaylistFile::unreadableFilesAreReportedTwice()
+void TestZBPlaylistFile::importsThatCreateNothing()
 {
-    QFETCH(bool, onDisk);
     QFETCH(QByteArray, content);
+    QFETCH(QStringList, missing);
     QFETCH(QString, because);
-    const QString path = m_dir->filePath(QStringLiteral("bad.nvp"));
-    if (onDisk)
+    QFile file(m_dir->filePath(QStringLiteral("bad.nvp")));
+    if (!content.isNull())
     {
-        QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(file.write(content), content.size());
+        file.close();
     }
-    const qsizetype lists = m_library->managedObjectContext()->playlists().size();
+    const qsizetype lists = listCount();
     const qsizetype tracks = trackCount();
 
-    const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, path);
+    const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, file.fileName());
     QVERIFY(!result.succeeded());
-    QVERIFY(result.unreadable);
-    QCOMPARE(result.errorAlertCount(), 2);
+    QCOMPARE(result.errorAlertCount(), missing.size() == 1 ? 1 : 2);
+    QCOMPARE(result.missingKeys, missing);
     QVERIFY2(result.error.contains(because), qPrintable(result.error));
-    // What stands in for the file lacks every key of a plain list.
-    QCOMPARE(result.missingKeys, (QStringList{"Name", "SortField", "Ascend", "SortOrder"}));
-    QCOMPARE(m_library->managedObjectContext()->playlists().size(), lists);
+    QCOMPARE(listCount(), lists);
     QCOMPARE(trackCount(), tracks);
-    // The file is only read, never touched.
-    if (onDisk)
-        QCOMPARE(QFile(path).size(), content.size());
-}
-
-void TestZBPlaylistFile::valuesOfOtherNumberKinds()
-{
-    // Numbers written as text, reals or booleans by other writers count as
-    // the numbers they stand for.
-    QVariantMap root = plainRoot(QStringLiteral("Kinds"));
-    root.insert("Ascend", qlonglong(0));
-    root.insert("SortOrder", QStringLiteral(" 7 "));
-    QVariantMap track = entry(QStringLiteral("Kinds"), QStringLiteral("/v/kinds.mp4"));
-    track.insert("Rating", 4.9);
-    track.insert("Length", QStringLiteral("61"));
-    track.insert("PlayCount", true);
-    root.insert("0", track);
-    const ZBPlaylistFile::ImportResult result = import(root);
-    QVERIFY2(result.succeeded(), qPrintable(result.error));
-    const ZBPlaylist *playlist = list(result.playlistUUID);
-    QCOMPARE(playlist->Ascend(), std::optional<bool>(false));
-    QCOMPARE(playlist->SortOrder(), std::optional<qint32>(7));
-    QCOMPARE(playlist->Item().size(), 1);
-    const ZBItem *item = playlist->Item().first();
-    QCOMPARE(item->Rating(), std::optional<qint32>(4));
-    QCOMPARE(item->Length(), std::optional<qint32>(61));
-    QCOMPARE(item->PlayCount(), std::optional<qint32>(1));
-
-    for (const QVariant &yes :
-         {QVariant(qlonglong(1)), QVariant(QStringLiteral("YES")), QVariant(QStringLiteral("true"))})
-    {
-        QVariantMap smart = smartRoot(QStringLiteral("Smart"), QStringLiteral("Rating > 3"));
-        smart.insert("isSmart", yes);
-        const ZBPlaylistFile::ImportResult made = import(smart);
-        QVERIFY(made.succeeded());
-        QVERIFY2(list(made.playlistUUID)->isSmart(), qPrintable(yes.toString()));
-    }
-    // An isSmart of no use reads as false: a plain list, so no Request needed.
-    QVariantMap plain = plainRoot(QStringLiteral("Plain"));
-    plain.insert("isSmart", QVariantMap());
-    const ZBPlaylistFile::ImportResult made = import(plain);
-    QVERIFY(made.succeeded());
-    QVERIFY(!list(made.playlistUUID)->isSmart());
+    QCOMPARE(file.size(), content.size());
 }
 
 void TestZBPlaylistFile::failedExportsSayWhy()
@@ -609,40 +399,23 @@ void TestZBPlaylistFile::failedExportsSayWhy()
     QVERIFY(
         !ZBPlaylistFile::exportPlaylist(*m_library, playlist, m_dir->filePath(QStringLiteral("none/x.nvp")), &error));
     QVERIFY2(error.contains(QLatin1String("cannot write")), qPrintable(error));
-    QVERIFY(!ZBPlaylistFile::exportPlaylist(*m_library, nullptr, m_dir->filePath(QStringLiteral("x.nvp")), &error));
-    QVERIFY(!error.isEmpty());
-    QVERIFY(!QFile::exists(m_dir->filePath(QStringLiteral("x.nvp"))));
 
     // A name XML cannot carry stops the export and leaves an older file whole.
     const QString path = m_dir->filePath(QStringLiteral("kept.nvp"));
     QVERIFY(ZBPlaylistFile::exportPlaylist(*m_library, playlist, path));
-    const QByteArray before = [&path]
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }();
-    const QString bell = addTrack(QStringLiteral("Bell\x07"), QStringLiteral("/v/bell.mp4"));
-    m_library->addItemWithUUID(bell, playlist);
-    QVERIFY(!ZBPlaylistFile::exportPlaylist(*m_library, playlist, path, &error));
-    QVERIFY2(error.contains(QLatin1String("/Name")) && error.contains(QLatin1String("U+0007")), qPrintable(error));
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    m_library->addItemWithUUID(addTrack(QStringLiteral("Bell\x07"), QStringLiteral("/v/bell.mp4")), playlist);
+    QVERIFY(!ZBPlaylistFile::exportPlaylist(*m_library, playlist, path, &error));
+    QVERIFY2(error.contains(QLatin1String("/Name")) && error.contains(QLatin1String("U+0007")), qPrintable(error));
+    QVERIFY(file.seek(0));
     QCOMPARE(file.readAll(), before);
-}
 
-void TestZBPlaylistFile::fileNamesAndAlertTexts()
-{
-    ZBPlaylist *playlist = list(m_library->addPlaylistToLibraryByName(QStringLiteral("AC/DC live"), "Name", true, 1));
+    playlist->setName(QStringLiteral("AC/DC live"));
     QCOMPARE(ZBPlaylistFile::proposedFileName(playlist), QStringLiteral("AC-DC live.nvp"));
     playlist->setName(QStringLiteral(".."));
     QCOMPARE(ZBPlaylistFile::proposedFileName(playlist), QStringLiteral("Playlist.nvp"));
-
-    // Every text the window shows for playlist files is in the string table.
-    const QHash<QString, QString> english = ZBLocalizer::englishDictionaryForTable();
-    for (const QString &key :
-         {ZBPlaylistFile::SavePanelTitleKey, ZBPlaylistFile::OpenPanelTitleKey, ZBPlaylistFile::ImportErrorTitleKey,
-          ZBPlaylistFile::ImportErrorInfoKey, ZBPlaylistFile::ImportErrorButtonKey})
-        QVERIFY2(!english.value(key).isEmpty(), qPrintable(key));
 }
 
 QTEST_GUILESS_MAIN(TestZBPlaylistFile)
