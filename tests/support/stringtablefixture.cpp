@@ -3,30 +3,24 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QXmlStreamWriter>
 
 namespace nvktest
 {
-StringTableFixture::StringTableFixture()
-{
-    Q_ASSERT(m_dir.isValid());
-}
-
 bool StringTableFixture::canCompile()
 {
     const QString lrelease = qEnvironmentVariable("NVK_LRELEASE");
     return !lrelease.isEmpty() && QFile::exists(lrelease);
 }
 
-QString StringTableFixture::sourcePath(const QString &language, const QString &table) const
+QString StringTableFixture::path(const QString &language, const QString &table, const char *suffix) const
 {
-    return QDir(m_dir.path()).filePath(language + QLatin1Char('/') + table + QStringLiteral(".ts"));
+    QDir(m_dir.path()).mkpath(language);
+    return QDir(m_dir.path()).filePath(language + QLatin1Char('/') + table + QLatin1String(suffix));
 }
 
 bool StringTableFixture::addRawSource(const QString &language, const QString &table, const QByteArray &content)
 {
-    QDir(m_dir.path()).mkpath(language);
-    QFile file(sourcePath(language, table));
+    QFile file(path(language, table, ".ts"));
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
     {
         m_error = file.errorString();
@@ -38,41 +32,17 @@ bool StringTableFixture::addRawSource(const QString &language, const QString &ta
 bool StringTableFixture::addTable(const QString &language, const QString &table, const Messages &messages,
                                   const QStringList &unfinishedKeys)
 {
-    QDir(m_dir.path()).mkpath(language);
-    const QString path = sourcePath(language, table);
-    {
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
-        {
-            m_error = file.errorString();
-            return false;
-        }
-        QXmlStreamWriter xml(&file);
-        xml.setAutoFormatting(true);
-        xml.writeStartDocument();
-        xml.writeDTD(QStringLiteral("<!DOCTYPE TS>"));
-        xml.writeStartElement(QStringLiteral("TS"));
-        xml.writeAttribute(QStringLiteral("version"), QStringLiteral("2.1"));
-        xml.writeStartElement(QStringLiteral("context"));
-        xml.writeTextElement(QStringLiteral("name"), table);
-        for (const auto &[key, text] : messages)
-        {
-            xml.writeStartElement(QStringLiteral("message"));
-            xml.writeTextElement(QStringLiteral("source"), key);
-            xml.writeStartElement(QStringLiteral("translation"));
-            if (unfinishedKeys.contains(key))
-                xml.writeAttribute(QStringLiteral("type"), QStringLiteral("unfinished"));
-            xml.writeCharacters(text);
-            xml.writeEndElement();
-            xml.writeEndElement();
-        }
-        xml.writeEndElement();
-        xml.writeEndElement();
-        xml.writeEndDocument();
-    }
-
-    if (language == QLatin1String("English"))
-        return true;
+    QString source = QStringLiteral("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE TS>\n"
+                                    "<TS version=\"2.1\"><context><name>%1</name>\n")
+                         .arg(table.toHtmlEscaped());
+    for (const auto &[key, text] : messages)
+        source +=
+            QStringLiteral("<message><source>%1</source><translation%2>%3</translation></message>\n")
+                .arg(key.toHtmlEscaped(), QLatin1String(unfinishedKeys.contains(key) ? " type=\"unfinished\"" : ""),
+                     text.toHtmlEscaped());
+    source += QStringLiteral("</context></TS>\n");
+    if (!addRawSource(language, table, source.toUtf8()) || language == QLatin1String("English"))
+        return m_error.isEmpty();
 
     if (!canCompile())
     {
@@ -80,9 +50,9 @@ bool StringTableFixture::addTable(const QString &language, const QString &table,
         return false;
     }
     QProcess lrelease;
-    const QString qm = QDir(m_dir.path()).filePath(language + QLatin1Char('/') + table + QStringLiteral(".qm"));
     lrelease.start(qEnvironmentVariable("NVK_LRELEASE"),
-                   {QStringLiteral("-silent"), QStringLiteral("-nounfinished"), path, QStringLiteral("-qm"), qm});
+                   {QStringLiteral("-silent"), QStringLiteral("-nounfinished"), path(language, table, ".ts"),
+                    QStringLiteral("-qm"), path(language, table, ".qm")});
     if (!lrelease.waitForFinished(60000) || lrelease.exitStatus() != QProcess::NormalExit || lrelease.exitCode() != 0)
     {
         m_error = QStringLiteral("lrelease failed: %1").arg(QString::fromLocal8Bit(lrelease.readAllStandardError()));

@@ -16,8 +16,6 @@ class StringTableFixture
 public:
     using Messages = QList<QPair<QString, QString>>;
 
-    StringTableFixture();
-
     QString root() const { return m_dir.path(); }
 
     // Writes the table; messages whose key is listed in unfinishedKeys are
@@ -36,7 +34,8 @@ public:
     static bool canCompile();
 
 private:
-    QString sourcePath(const QString &language, const QString &table) const;
+    // The table's file with the given suffix; makes the language's folder.
+    QString path(const QString &language, const QString &table, const char *suffix) const;
 
     QTemporaryDir m_dir;
     QString m_error;
