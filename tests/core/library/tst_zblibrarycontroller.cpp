@@ -34,25 +34,16 @@ private Q_SLOTS:
     void cleanup();
 
     void generatedUUIDsHaveTheCanonicalForm();
-    void newPlaylistReadsAsPlainUserList();
-    void standardListsAreCreatedOnceAndSurviveRestart();
-    void standardListsSelectTheirTracks();
+    void standardListsAreCreatedOnceAndSelectTheirTracks();
     void downloadFiltersFollowTheClockAtEachStart();
     void samePathIsNeverAddedTwice();
-    void lookupsAreLikePatternsAndAnswerNullWhenEmpty();
-    void playlistByUUIDIsASubstringMatch();
-    void playlistLookupsByName();
-    void membershipRules();
-    void removingATrackDetachesItFromEveryPlaylist();
-    void removingAPlaylistKeepsItsTracks();
+    void lookups();
+    void membershipAndRemoval();
     void itemOrderRecord();
-    void unreadableOrderRecordGivesEmptyList();
     void sortRules();
     void resourcesOfAnItem();
-    void unparsableRequestSelectsNothing();
-    void largeLibrariesFilterToTheSameOrderedResult();
+    void filtering();
     void changesSurviveReopening();
-    void nullAndEmptyTextStayDistinctOnDisk();
 
 private:
     std::unique_ptr<nvktest::DataDir> m_dir;
@@ -65,6 +56,10 @@ private:
             m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName(QLatin1String(name)))));
         result.sort();
         return result;
+    }
+    ZBPlaylist *newList(const char *name)
+    {
+        return m_library->playlistByUUID(m_library->addPlaylistToLibraryByName(QLatin1String(name), "Name", true, 200));
     }
 
     void reopen()
@@ -98,57 +93,37 @@ void TestZBLibraryController::generatedUUIDsHaveTheCanonicalForm()
     {
         const QString uuid = ZBAdditionalMethods::generateUUID();
         QVERIFY2(form.match(uuid).hasMatch(), qPrintable(uuid));
-        QVERIFY(!seen.contains(uuid));
         seen.insert(uuid);
     }
+    QCOMPARE(seen.size(), 200);
 }
 
-void TestZBLibraryController::newPlaylistReadsAsPlainUserList()
-{
-    const QString uuid =
-        m_library->addPlaylistToLibraryByName(QStringLiteral("Mine"), QStringLiteral("Name"), true, 200);
-    // Both through a query and after the record went through the file.
-    for (int pass = 0; pass < 2; ++pass)
-    {
-        const auto plain = m_library->getPlaylistsFromLibraryByName(QStringLiteral("Mine"), false, QString());
-        QCOMPARE(plain.size(), 1);
-        QCOMPARE(plain.first()->PlaylistUUID(), uuid);
-        QCOMPARE(m_library->getAllPlaylistsFromLibraryByName(QStringLiteral("mine")).size(), 1);
-        QVERIFY(plain.first()->Request().isNull());
-        reopen();
-    }
-}
-
-void TestZBLibraryController::standardListsAreCreatedOnceAndSurviveRestart()
+void TestZBLibraryController::standardListsAreCreatedOnceAndSelectTheirTracks()
 {
     const QStringList standard = {"All Tracks",  "NowBrowsing", "Video",     "SWF",       "Real video",
                                   "Silverlight", "Today",       "Last week", "Last month"};
     QHash<QString, QString> uuids;
     for (const QString &name : standard)
     {
-        const QString uuid = m_library->UUIDForStandartSmartListWithName(name);
-        QVERIFY2(!uuid.isEmpty(), qPrintable(name));
-        ZBPlaylist *list = m_library->playlistByUUID(uuid);
-        QVERIFY(list);
-        QCOMPARE(list->Name(), name);
-        QVERIFY(list->isSmart());
-        uuids.insert(name, uuid);
+        const ZBPlaylist *list = m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName(name));
+        QVERIFY2(list && list->isSmart() && list->Name() == name, qPrintable(name));
+        uuids.insert(name, list->PlaylistUUID());
     }
     QCOMPARE(m_library->allTracksUUID(), uuids.value("All Tracks"));
     QCOMPARE(m_library->nowBrowsingUUID(), uuids.value("NowBrowsing"));
-    QVERIFY(m_library->TodayUUID().isNull());
-    QCOMPARE(m_library->managedObjectContext()->playlists().size(), standard.size());
 
-    const ZBPlaylist *today = m_library->playlistByUUID(uuids.value("Today"));
-    QCOMPARE(today->Group(), QStringLiteral("Downloads"));
-    QCOMPARE(today->SortField(), QStringLiteral("Added"));
-    QCOMPARE(today->Ascend(), std::optional<bool>(false));
-    QCOMPARE(today->SortOrder(), std::optional<qint32>(301));
-    QCOMPARE(m_library->playlistByUUID(uuids.value("Silverlight"))->SortOrder(), std::optional<qint32>(110));
-    QCOMPARE(m_library->playlistByUUID(uuids.value("NowBrowsing"))->Request(), QString(""));
+    const QStringList types{"mp4", "swf", "EXE", "rm", "rmvb", "xap"};
+    for (const QString &type : types)
+        addTrack(*m_library, type, "/m/clip." + type, "", type);
+    QCOMPARE(listed("All Tracks"), QStringList({"EXE", "mp4", "rm", "rmvb", "swf", "xap"}));
+    QCOMPARE(listed("Video"), QStringList({"mp4"}));
+    QCOMPARE(listed("SWF"), QStringList({"EXE", "swf"}));
+    QCOMPARE(listed("Real video"), QStringList({"rm", "rmvb"}));
+    QCOMPARE(listed("Silverlight"), QStringList({"xap"}));
+    QCOMPARE(listed("NowBrowsing"), QStringList());
 
     // A renamed standard list is still found by its record, and nothing is
-    // created twice at the next start.
+    // created twice at the next starts.
     m_library->playlistByUUID(uuids.value("Video"))->setName(QStringLiteral("Films"));
     m_library->save();
     reopen();
@@ -157,22 +132,6 @@ void TestZBLibraryController::standardListsAreCreatedOnceAndSurviveRestart()
         QCOMPARE(m_library->UUIDForStandartSmartListWithName(name), uuids.value(name));
     QCOMPARE(m_library->managedObjectContext()->playlists().size(), standard.size());
     QCOMPARE(m_library->playlistByUUID(uuids.value("Video"))->Name(), QStringLiteral("Films"));
-}
-
-void TestZBLibraryController::standardListsSelectTheirTracks()
-{
-    addTrack(*m_library, "movie", "/m/movie.mp4", "", "mp4");
-    addTrack(*m_library, "cartoon", "/m/cartoon.swf", "", "swf");
-    addTrack(*m_library, "projector", "/m/proj.exe", "", "EXE");
-    addTrack(*m_library, "real", "/m/clip.rm", "", "rm");
-    addTrack(*m_library, "realvideo", "/m/clip.rmvb", "", "rmvb");
-    addTrack(*m_library, "silver", "/m/app.xap", "", "xap");
-    QCOMPARE(listed("All Tracks"), QStringList({"cartoon", "movie", "projector", "real", "realvideo", "silver"}));
-    QCOMPARE(listed("Video"), QStringList({"movie"}));
-    QCOMPARE(listed("SWF"), QStringList({"cartoon", "projector"}));
-    QCOMPARE(listed("Real video"), QStringList({"real", "realvideo"}));
-    QCOMPARE(listed("Silverlight"), QStringList({"silver"}));
-    QCOMPARE(listed("NowBrowsing"), QStringList());
 }
 
 void TestZBLibraryController::downloadFiltersFollowTheClockAtEachStart()
@@ -185,9 +144,6 @@ void TestZBLibraryController::downloadFiltersFollowTheClockAtEachStart()
     addTrack(*m_library, "month", "/d/month.mp4", "http://a/month.mp4", "mp4", start.addDays(-30));
 
     m_library->refreshDownloadSmartList(start);
-    ZBPlaylist *today = m_library->playlistByUUID(m_library->UUIDForStandartSmartListWithName("Today"));
-    QCOMPARE(today->Request(), QString::asprintf(" (!(URL == '') AND (Added >= CAST(%f, 'NSDate')))",
-                                                 ZBPredicate::referenceSecondsFromDate(start) - 86400.0));
     QCOMPARE(listed("Today"), QStringList({"edge"}));
     QCOMPARE(listed("Last week"), QStringList({"edge", "old", "week"}));
     QCOMPARE(listed("Last month"), QStringList({"edge", "month", "old", "week"}));
@@ -201,8 +157,7 @@ void TestZBLibraryController::samePathIsNeverAddedTwice()
 {
     const QString first = addTrack(*m_library, "a", "/Music/Café/Song.mp4");
     QCOMPARE(addTrack(*m_library, "b", "/music/cafe/song.MP4"), first);
-    QCOMPARE(m_library->managedObjectContext()->items().size(), 1);
-    QCOMPARE(m_library->managedObjectContext()->items().first()->Name(), QStringLiteral("a"));
+    QCOMPARE(names(m_library->managedObjectContext()->items()), QStringList{"a"});
     // A proposed UUID is used for a new track.
     const QString proposed = ZBAdditionalMethods::generateUUID();
     QCOMPARE(m_library->addItemToLibrarybyName("c", "/other.mp4", "", "mp4", 0, 0, 0, QDateTime(), QDateTime(),
@@ -212,122 +167,74 @@ void TestZBLibraryController::samePathIsNeverAddedTwice()
     QCOMPARE(addTrack(*m_library, "d", "/MUSIC/CAFE/SONG.mp4"), first);
 }
 
-void TestZBLibraryController::lookupsAreLikePatternsAndAnswerNullWhenEmpty()
+void TestZBLibraryController::lookups()
 {
     const QString a = addTrack(*m_library, "a", "/a.mp4", "http://host/video?id=1");
-    const QString b = addTrack(*m_library, "b", "/b.mp4", "http://host/video?id=2");
+    addTrack(*m_library, "b", "/b.mp4", "http://host/video?id=2");
     addTrack(*m_library, "c", "/c.mp4", "http://host/videoXid=1");
-
-    QVERIFY(!m_library->getItemsFromLibraryByUUID(ZBAdditionalMethods::generateUUID()).has_value());
+    // Nothing found is no list at all; "?" in a URL is one character of anything.
     QVERIFY(!m_library->getItemsFromLibraryByURL(QStringLiteral("http://nowhere/")).has_value());
     QVERIFY(!m_library->getItemsFromLibraryByUUID(QString()).has_value());
+    QCOMPARE(names(m_library->getItemsFromLibraryByUUID(a.toLower()).value()), QStringList{"a"});
+    QCOMPARE(names(m_library->getItemsFromLibraryByURL(QStringLiteral("HTTP://HOST/video?id=1")).value()),
+             QStringList({"a", "c"}));
 
-    const auto byUUID = m_library->getItemsFromLibraryByUUID(a.toLower());
-    QVERIFY(byUUID.has_value());
-    QCOMPARE(byUUID->size(), 1);
-    QCOMPARE(byUUID->first()->ItemUUID(), a);
-
-    // "?" in a URL is a wildcard: one character of anything.
-    const auto byURL = m_library->getItemsFromLibraryByURL(QStringLiteral("http://host/video?id=1"));
-    QVERIFY(byURL.has_value());
-    QCOMPARE(names(*byURL), QStringList({"a", "c"}));
-    const auto all = m_library->getItemsFromLibraryByURL(QStringLiteral("HTTP://HOST/*"));
-    QCOMPARE(all->size(), 3);
-    QVERIFY(m_library->getItemsFromLibraryByUUID(b).has_value());
-}
-
-void TestZBLibraryController::playlistByUUIDIsASubstringMatch()
-{
-    const QString uuid = m_library->addPlaylistToLibraryByName("x", "Name", true, 200);
+    // By UUID a list is found from a fragment, unless asked exactly.
+    const QString uuid = m_library->addPlaylistToLibraryByName("Rock", "Name", true, 200);
     QCOMPARE(m_library->playlistByUUID(uuid.mid(9, 9).toLower())->PlaylistUUID(), uuid);
     QVERIFY(!m_library->playlistByUUID(QString()));
-    QVERIFY(!m_library->playlistByUUID(QStringLiteral("not-a-uuid")));
-    // The exact lookup does not take a fragment.
     QVERIFY(!m_library->getPlaylistsFromLibraryByUUID(uuid.mid(9, 9)));
     QCOMPARE(m_library->getPlaylistsFromLibraryByUUID(uuid.toLower())->PlaylistUUID(), uuid);
-}
 
-void TestZBLibraryController::playlistLookupsByName()
-{
-    m_library->addPlaylistToLibraryByName("Rock", "Name", true, 200);
+    // By name, smart or not, in a group or any.
     m_library->addSmartListWithName("Rock", "Rating > 3", "User", "Name", false, 200);
     m_library->addSmartListWithName("Róck", "Rating > 4", "Elsewhere", "Name", false, 200);
-
     QCOMPARE(m_library->getAllPlaylistsFromLibraryByName("rock").size(), 2);
     QCOMPARE(m_library->getPlaylistsFromLibraryByName("ROCK", true, "user").size(), 1);
-    QCOMPARE(m_library->getPlaylistsFromLibraryByName("rock", true, "*").size(), 2);
     QCOMPARE(m_library->getPlaylistsFromLibraryByName("rock", false, "Nowhere").size(), 1);
-    // Every list, standard ones included, matches "*".
     QCOMPARE(m_library->getPlaylistsFromLibraryByName("*", true, "*").size(), 11);
-
     QVERIFY(m_library->removePlaylistFromLibrary("r?ck"));
     QVERIFY(!m_library->removePlaylistFromLibrary("rock"));
     QCOMPARE(m_library->getPlaylistsFromLibraryByName("*", true, "*").size(), 9);
 }
 
-void TestZBLibraryController::membershipRules()
+void TestZBLibraryController::membershipAndRemoval()
 {
-    const QString track = addTrack(*m_library, "t", "/t.mp4");
-    ZBPlaylist *plain = m_library->playlistByUUID(m_library->addPlaylistToLibraryByName("p", "Name", true, 200));
+    const QString gone = addTrack(*m_library, "gone", "/gone.mp4");
+    const QString keep = addTrack(*m_library, "keep", "/keep.mp4");
     ZBPlaylist *smart =
         m_library->playlistByUUID(m_library->addSmartListWithName("s", "Name like[cd] '*'", "User", "Name", true, 200));
-
-    QVERIFY(!m_library->addItemWithUUID(track, smart));
-    QVERIFY(!m_library->addItemWithUUID(ZBAdditionalMethods::generateUUID(), plain));
-    QVERIFY(m_library->addItemWithUUID(track, plain));
-    QVERIFY(!m_library->addItemWithUUID(track, plain));
-    QCOMPARE(plain->Item().size(), 1);
-    QCOMPARE(m_library->getItemsFromPlaylist(plain).size(), 1);
-
-    QVERIFY(!m_library->removeItemWithUUID(QString(), plain));
-    QVERIFY(!m_library->removeItemWithUUID(ZBAdditionalMethods::generateUUID(), plain));
-    const QString plainUUID = plain->PlaylistUUID();
-    reopen();
-    plain = m_library->getPlaylistsFromLibraryByUUID(plainUUID);
-    QCOMPARE(m_library->getItemsFromPlaylist(plain).size(), 1);
-    QVERIFY(m_library->removeItemWithUUID(track, plain));
-    reopen();
-    QCOMPARE(m_library->getItemsFromPlaylist(m_library->getPlaylistsFromLibraryByName("p", false, "").first()).size(),
-             0);
-    QVERIFY(m_library->itemByUUID(track));
-}
-
-void TestZBLibraryController::removingATrackDetachesItFromEveryPlaylist()
-{
-    const QString keep = addTrack(*m_library, "keep", "/keep.mp4");
-    const QString gone = addTrack(*m_library, "gone", "/gone.mp4");
+    QVERIFY(!m_library->addItemWithUUID(keep, smart));
     QStringList lists;
     for (const char *name : {"one", "two"})
     {
-        lists << m_library->addPlaylistToLibraryByName(QLatin1String(name), "Name", true, 200);
-        QVERIFY(m_library->addItemWithUUID(keep, m_library->playlistByUUID(lists.last())));
-        QVERIFY(m_library->addItemWithUUID(gone, m_library->playlistByUUID(lists.last())));
+        ZBPlaylist *list = newList(name);
+        lists << list->PlaylistUUID();
+        QVERIFY(m_library->addItemWithUUID(keep, list));
+        QVERIFY(!m_library->addItemWithUUID(keep, list));
+        QVERIFY(!m_library->addItemWithUUID(ZBAdditionalMethods::generateUUID(), list));
+        QVERIFY(m_library->addItemWithUUID(gone, list));
     }
+    // A new plain list is a user list, and its members come back in list order.
+    reopen();
+    const auto plain = m_library->getPlaylistsFromLibraryByName(QStringLiteral("one"), false, QString());
+    QCOMPARE(plain.size(), 1);
+    QVERIFY(plain.first()->Request().isNull());
+    QCOMPARE(names(plain.first()->Item()), QStringList({"keep", "gone"}));
+
     ZBItem *doomed = m_library->itemByUUID(gone);
     QVERIFY(m_library->removeItemFromLibraryByUUID(gone));
     QVERIFY(doomed->isDeleted());
     QVERIFY(!m_library->removeItemFromLibraryByUUID(gone));
-    for (int pass = 0; pass < 2; ++pass)
-    {
-        for (const QString &uuid : std::as_const(lists))
-            QCOMPARE(names(m_library->getItemsFromPlaylist(m_library->playlistByUUID(uuid))), QStringList({"keep"}));
-        QVERIFY(!m_library->itemByUUID(gone));
-        reopen();
-    }
-}
-
-void TestZBLibraryController::removingAPlaylistKeepsItsTracks()
-{
-    const QString track = addTrack(*m_library, "t", "/t.mp4");
-    const QString list = m_library->addPlaylistToLibraryByName("p", "Name", true, 200);
-    QVERIFY(m_library->addItemWithUUID(track, m_library->playlistByUUID(list)));
+    QVERIFY(!m_library->removeItemWithUUID(QString(), m_library->playlistByUUID(lists[0])));
+    QVERIFY(m_library->removeItemWithUUID(keep, m_library->playlistByUUID(lists[0])));
+    QVERIFY(m_library->removePlaylistFromLibraryByUUID(lists[1]));
     QVERIFY(!m_library->removePlaylistFromLibraryByUUID(QString()));
-    QVERIFY(m_library->removePlaylistFromLibraryByUUID(list));
-    QVERIFY(m_library->itemByUUID(track)->Playlist().isEmpty());
     reopen();
-    QVERIFY(!m_library->playlistByUUID(list));
-    QVERIFY(m_library->itemByUUID(track));
-    QVERIFY(m_library->itemByUUID(track)->Playlist().isEmpty());
+    QVERIFY(m_library->getItemsFromPlaylist(m_library->playlistByUUID(lists[0])).isEmpty());
+    QVERIFY(!m_library->playlistByUUID(lists[1]));
+    QVERIFY(!m_library->itemByUUID(gone));
+    QVERIFY(m_library->itemByUUID(keep)->Playlist().isEmpty());
 }
 
 void TestZBLibraryController::itemOrderRecord()
@@ -335,19 +242,16 @@ void TestZBLibraryController::itemOrderRecord()
     ZBItemList tracks;
     for (const char *name : {"A", "B", "C"})
         tracks << m_library->itemByUUID(addTrack(*m_library, QLatin1String(name), QStringLiteral("/%1.mp4").arg(name)));
-    ZBPlaylist *list = m_library->playlistByUUID(m_library->addPlaylistToLibraryByName("p", "Name", true, 200));
+    ZBPlaylist *list = newList("p");
 
     // Without a record the given list comes back as it is.
     ZBItemList given = tracks;
     QCOMPARE(m_library->getItemsOrderForPlaylist(list, given, true), tracks);
-    QCOMPARE(m_library->getItemsOrderForPlaylist(nullptr, given, false), tracks);
 
     m_library->saveItemsOrderForPlaylist(list, {tracks[2], tracks[0]});
     reopen();
     list = m_library->getPlaylistsFromLibraryByName("p", false, "").first();
     const ZBItemList fresh = m_library->sortList(m_library->managedObjectContext()->items(), "Name", true);
-    QCOMPARE(names(fresh), QStringList({"A", "B", "C"}));
-
     given = fresh;
     QCOMPARE(names(m_library->getItemsOrderForPlaylist(list, given, true)), QStringList({"C", "A", "B"}));
     QVERIFY(given.isEmpty());
@@ -355,18 +259,13 @@ void TestZBLibraryController::itemOrderRecord()
     QCOMPARE(names(m_library->getItemsOrderForPlaylist(list, given, false)), QStringList({"C", "A"}));
     QCOMPARE(names(given), QStringList({"B"}));
 
-    // A deleted track named by the record is skipped.
+    // A deleted track named by the record is skipped; an unreadable record
+    // gives nothing.
     QVERIFY(m_library->removeItemFromLibraryByUUID(fresh[2]->ItemUUID()));
     given = {fresh[0], fresh[1]};
     QCOMPARE(names(m_library->getItemsOrderForPlaylist(list, given, true)), QStringList({"A", "B"}));
-}
-
-void TestZBLibraryController::unreadableOrderRecordGivesEmptyList()
-{
-    const ZBItem *track = m_library->itemByUUID(addTrack(*m_library, "A", "/a.mp4"));
-    ZBPlaylist *list = m_library->playlistByUUID(m_library->addPlaylistToLibraryByName("p", "Name", true, 200));
     list->setInternalItemsOrder(QByteArray("\x01garbage{", 9));
-    ZBItemList given = {const_cast<ZBItem *>(track)};
+    given = {fresh[0]};
     QVERIFY(m_library->getItemsOrderForPlaylist(list, given, true).isEmpty());
 }
 
@@ -378,21 +277,18 @@ void TestZBLibraryController::sortRules()
     tracks << m_library->itemByUUID(addTrack(*m_library, "apple", "/2.mp4", "", "mp4", base.addDays(3), 1));
     tracks << m_library->itemByUUID(addTrack(*m_library, "Cherry", "/3.mp4", "", "mp4", base.addDays(2), 9));
     tracks << m_library->itemByUUID(addTrack(*m_library, "avocado", "/4.mp4", "", "mp4", QDateTime(), 0));
+    const auto sorted = [&tracks](const char *field, bool ascend)
+    {
+        return names(ZBLibraryController::sortList(tracks, QLatin1String(field), ascend)).join(u' ');
+    };
 
-    QCOMPARE(names(ZBLibraryController::sortList(tracks, "Name", true)),
-             QStringList({"apple", "avocado", "Banana", "Cherry"}));
-    QCOMPARE(names(ZBLibraryController::sortList(tracks, "Name", false)),
-             QStringList({"Cherry", "Banana", "avocado", "apple"}));
+    QCOMPARE(sorted("Name", true), QStringLiteral("apple avocado Banana Cherry"));
+    QCOMPARE(sorted("Name", false), QStringLiteral("Cherry Banana avocado apple"));
     // Counts and dates: "ascending" puts the most and the newest first; an
     // absent date counts as the oldest.
-    QCOMPARE(names(ZBLibraryController::sortList(tracks, "PlayCount", true)),
-             QStringList({"Cherry", "Banana", "apple", "avocado"}));
-    QCOMPARE(names(ZBLibraryController::sortList(tracks, "PlayCount", false)),
-             QStringList({"avocado", "apple", "Banana", "Cherry"}));
-    QCOMPARE(names(ZBLibraryController::sortList(tracks, "Added", true)),
-             QStringList({"apple", "Cherry", "Banana", "avocado"}));
-    QCOMPARE(names(ZBLibraryController::sortList(tracks, "Added", false)),
-             QStringList({"avocado", "Banana", "Cherry", "apple"}));
+    QCOMPARE(sorted("PlayCount", true), QStringLiteral("Cherry Banana apple avocado"));
+    QCOMPARE(sorted("Added", true), QStringLiteral("apple Cherry Banana avocado"));
+    QCOMPARE(sorted("Added", false), QStringLiteral("avocado Banana Cherry apple"));
     // The input list is left as it was.
     QCOMPARE(names(tracks), QStringList({"Banana", "apple", "Cherry", "avocado"}));
 }
@@ -404,64 +300,52 @@ void TestZBLibraryController::resourcesOfAnItem()
     m_library->addResourceWithPath("/p/sound.mp3", false, item);
     reopen();
     item = m_library->managedObjectContext()->items().first();
-    auto resources = m_library->getResourcesFromBundle(item);
-    std::sort(resources.begin(), resources.end(),
-              [](const QVariantMap &a, const QVariantMap &b)
-              { return a.value("Path").toString() < b.value("Path").toString(); });
-    QCOMPARE(resources.size(), 2);
-    QCOMPARE(resources[0].value("Base").toString(), QStringLiteral("1"));
-    QCOMPARE(resources[0].value("Path").toString(), QStringLiteral("/p/index.swf"));
-    QCOMPARE(resources[1].value("Base").toString(), QStringLiteral("0"));
+    QStringList resources;
+    for (const QVariantMap &resource : m_library->getResourcesFromBundle(item))
+        resources << resource.value("Base").toString() + resource.value("Path").toString();
+    resources.sort();
+    QCOMPARE(resources, QStringList({"0/p/sound.mp3", "1/p/index.swf"}));
     QVERIFY(m_library->removeItemFromLibraryByUUID(item->ItemUUID()));
     reopen();
     QCOMPARE(m_library->managedObjectContext()->database().integrityCheck(), QStringLiteral("ok"));
 }
 
-void TestZBLibraryController::unparsableRequestSelectsNothing()
+void TestZBLibraryController::filtering()
 {
+    // A list whose filter does not parse selects nothing.
     addTrack(*m_library, "t", "/t.mp4");
     ZBPlaylist *broken =
         m_library->playlistByUUID(m_library->addSmartListWithName("broken", "(Rating > ", "User", "Name", true, 200));
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("selects nothing")));
     QVERIFY(m_library->getItemsFromPlaylist(broken).isEmpty());
-    QCOMPARE(m_library->itemsMatching("Name like[cd] '*'").size(), 1);
-}
 
-void TestZBLibraryController::largeLibrariesFilterToTheSameOrderedResult()
-{
-    // Big enough that the scan is split between threads.
+    // Big enough that the scan is split between threads; the result is the
+    // same, in the same order.
     ZBObjectContext *context = m_library->managedObjectContext();
-    const QStringList types = {"mp4", "SWF", "Mkv", "rm", "exe"};
     for (int i = 0; i < 30000; ++i)
     {
         ZBItem *item = context->insertItem();
         item->setName(QStringLiteral("Clip %1 Été").arg(i));
-        item->setType(types.at(i % types.size()));
-        item->setURL(i % 3 ? QStringLiteral("") : QStringLiteral("http://x/%1").arg(i));
+        item->setType(i % 2 ? QStringLiteral("SWF") : QStringLiteral("mp4"));
         item->setPlayCountValue(i % 11);
     }
-    for (const char *text : {"Name CONTAINS[cd] 'ete' AND Name CONTAINS '7'",
-                             "(Type contains[cd] 'SWF') OR "
-                             "(Type contains[cd] 'EXE')",
-                             "!(URL == '') AND PlayCount > 5", "Name like[cd] '*'"})
+    for (const char *text : {"Name CONTAINS[cd] 'ete' AND Name CONTAINS '7'", "Type ==[c] 'swf' AND PlayCount > 5"})
     {
         const ZBPredicate predicate = ZBPredicate::parse(QLatin1String(text));
-        QVERIFY2(predicate.isValid(), text);
         ZBItemList expected;
         for (ZBItem *item : context->items())
         {
             if (predicate.evaluate(*item))
                 expected << item;
         }
-        QVERIFY2(!expected.isEmpty(), text);
+        QVERIFY2(expected.size() > 1000, text);
         QCOMPARE(ZBLibraryController::filterItems(context->items(), predicate), expected);
     }
 }
 
 void TestZBLibraryController::changesSurviveReopening()
 {
-    ZBItem *item = m_library->itemByUUID(addTrack(*m_library, "t", "/t.mp4", "http://x/t.mp4", "mp4"));
-    item->setPlayCountValue(7);
+    ZBItem *item = m_library->itemByUUID(addTrack(*m_library, "t", "/t.mp4", "", "mp4"));
     item->setRatingValue(4);
     item->setIsValid(false);
     const QDateTime played = QDateTime(QDate(2026, 5, 1), QTime(8, 30, 15, 250), Qt::UTC);
@@ -470,33 +354,22 @@ void TestZBLibraryController::changesSurviveReopening()
     QVERIFY(m_library->managedObjectContext()->hasChanges());
     QVERIFY(m_library->save());
     QVERIFY(!m_library->managedObjectContext()->hasChanges());
+    // Null and empty text stay apart on disk.
+    m_library->addItemToLibrarybyName("absent", "/n.mp4", QString(), "mp4", 0, 0, 0, QDateTime::currentDateTimeUtc(),
+                                      QDateTime(), QString());
     const QString uuid = item->ItemUUID();
     reopen();
     item = m_library->itemByUUID(uuid);
-    QVERIFY(item);
-    QCOMPARE(item->PlayCount(), std::optional<qint32>(7));
     QCOMPARE(item->Rating(), std::optional<qint32>(4));
     QCOMPARE(item->isValid(), std::optional<bool>(false));
     QVERIFY(!item->isAvailable().has_value());
     QCOMPARE(item->LastPlayed(), played);
     QCOMPARE(item->SourcePageTitle(), QStringLiteral("Über — page"));
-    QCOMPARE(item->getUntypedValueByName("URL").toString(), QStringLiteral("http://x/t.mp4"));
-    QVERIFY(!item->getUntypedValueByName(QString()).isValid());
+    QCOMPARE(names(m_library->itemsMatching("URL == ''")), QStringList({"t"}));
+    QCOMPARE(names(m_library->itemsMatching("URL == nil")), QStringList({"absent"}));
     QVERIFY(item->setUntypedValueByName("Rating", 2));
     QVERIFY(!item->setUntypedValueByName("NoSuchKey", 2));
-    QCOMPARE(item->Rating(), std::optional<qint32>(2));
-}
-
-void TestZBLibraryController::nullAndEmptyTextStayDistinctOnDisk()
-{
-    m_library->addItemToLibrarybyName("local", "/l.mp4", QString(""), "mp4", 0, 0, 0, QDateTime::currentDateTimeUtc(),
-                                      QDateTime(), QString());
-    m_library->addItemToLibrarybyName("absent", "/n.mp4", QString(), "mp4", 0, 0, 0, QDateTime::currentDateTimeUtc(),
-                                      QDateTime(), QString());
-    reopen();
-    QCOMPARE(names(m_library->itemsMatching("URL == ''")), QStringList({"local"}));
-    QCOMPARE(names(m_library->itemsMatching("URL == nil")), QStringList({"absent"}));
-    QVERIFY(m_library->itemsMatching("SourcePageTitle == ''").isEmpty());
+    QCOMPARE(item->getUntypedValueByName("Rating").toInt(), 2);
 }
 
 QTEST_GUILESS_MAIN(TestZBLibraryController)
