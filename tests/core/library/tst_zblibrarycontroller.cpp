@@ -220,6 +220,7 @@ void TestZBLibraryController::membershipAndRemoval()
     const auto plain = m_library->getPlaylistsFromLibraryByName(QStringLiteral("one"), false, QString());
     QCOMPARE(plain.size(), 1);
     QVERIFY(plain.first()->Request().isNull());
+    QCOMPARE(m_library->getAllPlaylistsFromLibraryByName(QStringLiteral("ONE")), plain);
     QCOMPARE(names(plain.first()->Item()), QStringList({"keep", "gone"}));
 
     ZBItem *doomed = m_library->itemByUUID(gone);
