@@ -75,8 +75,6 @@ private Q_SLOTS:
     void generatedTextFiltersTracks_data();
     void generatedTextFiltersTracks();
     void rowMaintenance();
-    void badRowsAreRefused_data();
-    void badRowsAreRefused();
     void fillRules_data();
     void fillRules();
     void randomRoundTrip();
@@ -115,11 +113,8 @@ void TestZBSmartListRules::generate_data()
     one("equals is a pattern", row(R::FieldName, R::TextEquals, QString("a.b")), "(Name MATCHES[CD] 'a.b')");
     one("number keeps its form, trimmed", row(R::FieldPlayCount, R::NumberIs, QString(" 2.50 ")),
         "(PlayCount == 2.50)");
-    one("number from an int", row(R::FieldRating, R::NumberLess, 4), "(Rating < 4)");
     one("date earlier, milliseconds", row(R::FieldLastPlayed, R::DateEarlier, referenceSeconds(10).addMSecs(-1)),
         "(LastPlayed < CAST(9.999000, 'NSDate'))");
-    one("date on, before the reference", row(R::FieldAdded, R::DateIs, referenceSeconds(-86400)),
-        "(Added == CAST(-86400.000000, 'NSDate'))");
     QTest::newRow("any of two") << QList<Row>{row(R::FieldRating, R::NumberGreater, QString("3")),
                                               row(R::FieldAdded, R::DateLater, referenceSeconds(754012800))}
                                 << false << "(Rating > 3) OR (Added > CAST(754012800.000000, 'NSDate'))";
@@ -206,7 +201,6 @@ void TestZBSmartListRules::rowMaintenance()
     rules.setDefaultPredicate();
     rules.setDefaultPredicate();
     QCOMPARE(rules.rows(), QList<Row>{empty});
-    QVERIFY(!rules.rows().constFirst().value.toString().isNull());
 
     QVERIFY(rules.addRow(R::FieldRating, R::NumberGreater, QStringLiteral("3")));
     rules.insertEmptyRow(0);
@@ -220,32 +214,19 @@ void TestZBSmartListRules::rowMaintenance()
     QVERIFY(!rules.removeRow(3));
     QVERIFY(!rules.removeRow(-1));
     QCOMPARE(rules.rows().at(1).field, int(R::FieldRating));
-}
 
-void TestZBSmartListRules::badRowsAreRefused_data()
-{
-    QTest::addColumn<Row>("bad");
-    QTest::addColumn<QString>("mentions");
-
-    QTest::newRow("unknown field") << row(9109, R::TextContains, QString("x")) << "Unknown rule field 9109";
-    QTest::newRow("unknown operator") << row(R::FieldName, 9205, QString("x")) << "Unknown rule operator 9205";
-    QTest::newRow("number operator on text")
-        << row(R::FieldName, R::NumberGreater, QString("3")) << "does not apply to the text field Name";
-    QTest::newRow("date without a date") << row(R::FieldLastPlayed, R::DateEarlier, QString("yesterday"))
-                                         << "needs a date";
-}
-
-void TestZBSmartListRules::badRowsAreRefused()
-{
-    QFETCH(Row, bad);
-    QFETCH(QString, mentions);
-
-    ZBSmartListRules rules;
-    rules.setDefaultPredicate();
+    // Bad rows are refused, saying why, and change nothing.
     const QList<Row> before = rules.rows();
-    QVERIFY(!rules.addRow(bad));
-    QVERIFY2(rules.lastError().contains(mentions), qPrintable(rules.lastError()));
-    QVERIFY(!rules.setRow(0, bad));
+    const QList<std::pair<Row, const char *>> bad{
+        {row(9109, R::TextContains, QString("x")), "Unknown rule field 9109"},
+        {row(R::FieldName, 9205, QString("x")), "Unknown rule operator 9205"},
+        {row(R::FieldName, R::NumberGreater, QString("3")), "does not apply to the text field Name"},
+        {row(R::FieldLastPlayed, R::DateEarlier, QString("yesterday")), "needs a date"}};
+    for (const auto &[r, mentions] : bad)
+    {
+        QVERIFY(!rules.addRow(r) && !rules.setRow(0, r));
+        QVERIFY2(rules.lastError().contains(QLatin1String(mentions)), qPrintable(rules.lastError()));
+    }
     QCOMPARE(rules.rows(), before);
 }
 
