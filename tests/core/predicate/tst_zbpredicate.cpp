@@ -120,56 +120,41 @@ void TestZBPredicate::evaluate_data()
 
     // Numbers: every comparison at the value, and the other spellings.
     QTest::newRow("== equal") << "Rating == 3" << true;
-    QTest::newRow("!= same") << "Rating != 3" << false;
     QTest::newRow("<> differs") << "Rating <> 4" << true;
     QTest::newRow("< at") << "Rating < 3" << false;
     QTest::newRow("<= at") << "Rating <= 3" << true;
-    QTest::newRow("=< at") << "Rating =< 3" << true;
     QTest::newRow("> at") << "Rating > 3" << false;
-    QTest::newRow("=> at") << "Rating => 3" << true;
     QTest::newRow("real literal vs int") << "Rating < 3.5" << true;
-    QTest::newRow("exponent literal") << "PlayCount == 1.2e1" << true;
     QTest::newRow("constant on the left") << "3 == Rating" << true;
     QTest::newRow("key against key") << "PlayCount > Rating" << true;
     QTest::newRow("number against numeric text") << "Rating == ' 3.0'" << true;
-    QTest::newRow("number against other text") << "Rating == 'three'" << false;
     QTest::newRow("boolean as 0") << "isSmart == 0" << true;
     QTest::newRow("boolean keyword") << "isValid == True" << true;
 
     // Text, each operator and modifier.
     QTest::newRow("text == case differs") << "Type == 'swf'" << false;
-    QTest::newRow("text ==[c]") << "Type ==[c] 'swf'" << true;
     QTest::newRow("text ==[d] keeps case") << "Name ==[d] 'creme brulee'" << false;
     QTest::newRow("text ==[cd]") << "Name ==[cd] 'CREME BRULEE'" << true;
-    QTest::newRow("text >[c]") << "Type >[c] 'abc'" << true;
     QTest::newRow("LIKE case differs") << "Type LIKE 'swf'" << false;
     QTest::newRow("LIKE[c] question") << "Type LIKE[c] 's?f'" << true;
     QTest::newRow("like[d] star") << "Name like[d] 'Creme*'" << true;
-    QTest::newRow("like whole string") << "Name like[cd] 'creme'" << false;
     QTest::newRow("like question needs one") << "Type like 'S?SWF'" << false;
     QTest::newRow("like wildcards in value") << "Path like[cd] '/home/u/videos/clip?0?*.mp4'" << true;
-    QTest::newRow("CONTAINS") << "URL CONTAINS 'Movie'" << true;
     QTest::newRow("CONTAINS[d] accent in pattern") << "Name CONTAINS[d] 'Brûl'" << true;
     QTest::newRow("CONTAINS[c] keeps accents") << "Name CONTAINS[c] 'brulee'" << false;
     QTest::newRow("BEGINSWITH") << "Name BEGINSWITH 'Crè'" << true;
     QTest::newRow("BEGINSWITH is not ENDSWITH") << "Name BEGINSWITH 'lée'" << false;
-    QTest::newRow("ENDSWITH[CD]") << "Name ENDSWITH[CD] 'LEE'" << true;
     QTest::newRow("MATCHES whole") << "Type MATCHES 'S.F'" << true;
     QTest::newRow("MATCHES is anchored") << "Type MATCHES 'SW'" << false;
-    QTest::newRow("MATCHES alternation anchored") << "Type MATCHES 'X|SWF'" << true;
     QTest::newRow("MATCHES[cd] upper-case escapes survive") << "Name MATCHES[cd] '\\\\S+\\\\s\\\\S+'" << true;
     QTest::newRow("MATCHES[cd] pattern accents") << "Name MATCHES[cd] 'CRÈME BRÛLÉE'" << true;
     QTest::newRow("broken pattern matches nothing") << "Name MATCHES[cd] '(unclosed'" << false;
-    QTest::newRow("NOT of a broken pattern") << "NOT Name MATCHES '('" << true;
 
     // Lists: quantifiers, and a plain list read as ANY.
     QTest::newRow("ANY folded") << "ANY Playlist.Name BEGINSWITH[cd] 'uber'" << true;
-    QTest::newRow("list without ANY") << "Playlist.Name == 'Road trip'" << true;
     QTest::newRow("string list contains") << "Tags CONTAINS[cd] 'echo'" << true;
     QTest::newRow("ALL true") << "ALL Scores > 0" << true;
-    QTest::newRow("ALL false") << "ALL Scores > 1" << false;
     QTest::newRow("NONE true") << "NONE Scores > 9" << true;
-    QTest::newRow("NONE false") << "NONE Scores == 5" << false;
     QTest::newRow("ANY empty list") << "ANY NoScores == 1" << false;
     QTest::newRow("ALL empty list") << "ALL NoScores == 1" << true;
     QTest::newRow("ALL over a single value") << "ALL Rating == 4" << false;
@@ -177,17 +162,13 @@ void TestZBPredicate::evaluate_data()
     // Absent values.
     QTest::newRow("absent == NIL") << "Missing == NIL" << true;
     QTest::newRow("present == NIL") << "Name == NIL" << false;
-    QTest::newRow("absent == empty text") << "Missing == ''" << false;
     QTest::newRow("absent != text") << "Missing != 'x'" << true;
-    QTest::newRow("absent < number") << "Missing < 5" << false;
     QTest::newRow("absent like star") << "Missing like[cd] '*'" << false;
     QTest::newRow("absent date ordering") << "Missing > CAST(0, 'NSDate')" << false;
-    QTest::newRow("empty text like star") << "Empty like '*'" << true;
 
     // Dates against CAST, at the moment and a millisecond off.
     QTest::newRow("date >= at") << "Added >= CAST(752000000.000000, 'NSDate')" << true;
     QTest::newRow("date > at") << "Added > CAST(752000000, 'NSDate')" << false;
-    QTest::newRow("date == 1 ms off") << "Added == CAST(752000000.001, 'NSDate')" << false;
     QTest::newRow("lower-case cast") << "Added <= cast(752000000, \"NSDate\")" << true;
     QTest::newRow("date vs seconds") << "Added > 751999999.999" << true;
     QTest::newRow("download list") << " (!(URL == '') AND (Added >= CAST(752000000.000000, 'NSDate')))" << true;
@@ -296,26 +277,19 @@ void TestZBPredicate::malformed_data()
 
     QTest::newRow("blank") << "   \t " << 1 << "empty";
     QTest::newRow("unbalanced open") << "(Name == 'a'" << 13 << "')'";
-    QTest::newRow("unbalanced close") << "Name == 'a')" << 12 << "matching";
     QTest::newRow("unterminated quote") << "Name == 'abc" << 9 << "unterminated";
-    QTest::newRow("escape at end") << "Name == 'abc\\'" << 9 << "unterminated";
     QTest::newRow("unknown operator word") << "Name ISLIKE 'a'" << 6 << "comparison operator";
     QTest::newRow("single ampersand") << "a == 1 & b == 2" << 8 << "unexpected character";
     QTest::newRow("missing value") << "Name ==" << 8 << "a key or a value";
     QTest::newRow("trailing garbage") << "Name == 'a' foo" << 13 << "end of the text";
-    QTest::newRow("bad modifier") << "Name like[x] 'a'" << 10 << "unknown modifier";
     QTest::newRow("unclosed modifier") << "Name like[cd 'a'" << 10 << "']'";
     QTest::newRow("format argument") << "Name like[cd] %@" << 15 << "format arguments";
     QTest::newRow("malformed number") << "Rating > 1.2.3" << 10 << "malformed number";
-    QTest::newRow("huge number") << "Rating > 1e999" << 10 << "out of range";
     QTest::newRow("dangling dot in key") << "Playlist. == 1" << 9 << "after '.'";
     QTest::newRow("cast wrong type") << "Added > CAST(1, 'NSString')" << 17 << "only 'NSDate'";
-    QTest::newRow("cast of text") << "Added > CAST('1', 'NSDate')" << 14 << "number of seconds";
     QTest::newRow("cast date out of range") << "Added > CAST(1e300, 'NSDate')" << 14 << "out of range";
     QTest::newRow("IN unsupported") << "Type IN 'a'" << 6 << "IN is not supported";
-    QTest::newRow("quantifier without key") << "ANY 'a' == 'a'" << 5 << "key path";
     QTest::newRow("variable") << "$x == 1" << 1 << "variables";
-    QTest::newRow("collection operator") << "@count == 1" << 1 << "collection operators";
     QTest::newRow("control character") << QString::fromUtf16(u"Name == 'a' \u0001") << 13 << "U+0001";
 }
 
