@@ -72,9 +72,7 @@ private Q_SLOTS:
 
     void exportThenImportHereAndElsewhere();
     void smartListsTravelWithTheirFilterAndNoTracks();
-    void pathsAndNumberingOfEntries();
-    void entriesLackingARequiredKeyAreSkipped_data();
-    void entriesLackingARequiredKeyAreSkipped();
+    void entriesOfAFile();
     void optionalKeysAndOtherNumberKinds();
     void importsThatCreateNothing_data();
     void importsThatCreateNothing();
@@ -210,22 +208,33 @@ void TestZBPlaylistFile::smartListsTravelWithTheirFilterAndNoTracks()
     QVERIFY2(made.notes.first().contains(QLatin1String("does not parse")), qPrintable(made.notes.first()));
 }
 
-void TestZBPlaylistFile::pathsAndNumberingOfEntries()
+void TestZBPlaylistFile::entriesOfAFile()
 {
     const QString mine =
         m_library->addItemToLibrarybyName(QStringLiteral("Mine"), QStringLiteral("/v/Shared.mp4"), QStringLiteral(""),
                                           QStringLiteral("mp4"), 5, 30, 9, utc(2020, 1, 1), QDateTime(), QString());
     const QStringList mineBefore = described({m_library->itemByUUID(mine)});
-    QVariantMap root = plainRoot(QStringLiteral("From a friend"));
     // A path in the library in other letter case keeps its track; the same
-    // path twice is one member; a gap in the numbering ends the entries.
-    const QStringList entryPaths{"/V/SHARED.MP4", "/v/new.mp4", "/v/new.mp4", "", "/v/late.mp4"};
-    for (int index = 0; index < entryPaths.size(); ++index)
+    // path twice is one member; an entry lacking a required key, or holding
+    // one of no use, is skipped with a note; a gap in the numbering ends the
+    // entries.
+    QVariantMap root = plainRoot(QStringLiteral("From a friend"));
+    root.insert("0", entry(QStringLiteral("Theirs"), QStringLiteral("/V/SHARED.MP4")));
+    root.insert("1", entry(QStringLiteral("New"), QStringLiteral("/v/new.mp4")));
+    root.insert("2", entry(QStringLiteral("Again"), QStringLiteral("/v/new.mp4")));
+    const QList<std::pair<QString, QVariant>> faults{{"Type", QVariant()},
+                                                     {"Added", QVariant()},
+                                                     {"Added", QStringLiteral("2024-05-01T08:00:00Z")},
+                                                     {"Rating", qlonglong(1) << 40}};
+    for (int i = 0; i < faults.size(); ++i)
     {
-        if (!entryPaths[index].isEmpty())
-            root.insert(QString::number(index), entry(QStringLiteral("Entry %1").arg(index), entryPaths[index]));
+        QVariantMap faulty = entry(QStringLiteral("Faulty"), QStringLiteral("/v/faulty%1.mp4").arg(i));
+        faulty.insert(faults[i].first, faults[i].second);
+        if (!faults[i].second.isValid())
+            faulty.remove(faults[i].first);
+        root.insert(QString::number(3 + i), faulty);
     }
-    root.insert("+5", entry(QStringLiteral("Not an index"), QStringLiteral("/v/plus.mp4")));
+    root.insert("8", entry(QStringLiteral("Late"), QStringLiteral("/v/late.mp4")));
     const qsizetype before = trackCount();
 
     const ZBPlaylistFile::ImportResult result = import(root);
@@ -236,45 +245,14 @@ void TestZBPlaylistFile::pathsAndNumberingOfEntries()
     QCOMPARE(trackCount(), before + 1);
     QVERIFY(list(result.playlistUUID)->Item().contains(m_library->itemByUUID(mine)));
     QCOMPARE(described({m_library->itemByUUID(mine)}), mineBefore);
-    QCOMPARE(result.notes.size(), 1);
-    QVERIFY2(result.notes.first().contains(QLatin1String("\"3\" is missing")) &&
-                 result.notes.first().contains(QLatin1String("\"4\"")),
-             qPrintable(result.notes.first()));
-}
-
-void TestZBPlaylistFile::entriesLackingARequiredKeyAreSkipped_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value"); // invalid: the key is absent
-
-    QTest::newRow("Type absent") << "Type" << QVariant();
-    QTest::newRow("Added absent") << "Added" << QVariant();
-    QTest::newRow("Added of another kind") << "Added" << QVariant(QStringLiteral("2024-05-01T08:00:00Z"));
-    QTest::newRow("Rating out of range") << "Rating" << QVariant(qlonglong(1) << 40);
-}
-
-void TestZBPlaylistFile::entriesLackingARequiredKeyAreSkipped()
-{
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-
-    QVariantMap root = plainRoot(QStringLiteral("Skipping"));
-    root.insert("0", entry(QStringLiteral("First"), QStringLiteral("/v/first.mp4")));
-    QVariantMap faulty = entry(QStringLiteral("Faulty"), QStringLiteral("/v/faulty.mp4"));
-    if (value.isValid())
-        faulty.insert(key, value);
-    else
-        faulty.remove(key);
-    root.insert("1", faulty);
-    root.insert("2", entry(QStringLiteral("Third"), QStringLiteral("/v/third.mp4")));
-
-    const ZBPlaylistFile::ImportResult result = import(root);
-    QVERIFY(result.succeeded());
-    QCOMPARE(result.tracksInList, 2);
-    QCOMPARE(trackCount(), 2);
-    QCOMPARE(result.notes.size(), 1);
-    QVERIFY2(result.notes.first().contains(u"\"1\"") && result.notes.first().contains(u'"' + key + u'"'),
-             qPrintable(result.notes.first()));
+    QCOMPARE(result.notes.size(), faults.size() + 1);
+    for (int i = 0; i < faults.size(); ++i)
+        QVERIFY2(result.notes[i].contains(QStringLiteral("\"%1\"").arg(3 + i)) &&
+                     result.notes[i].contains(u'"' + faults[i].first + u'"'),
+                 qPrintable(result.notes[i]));
+    QVERIFY2(result.notes.last().contains(QLatin1String("\"7\" is missing")) &&
+                 result.notes.last().contains(QLatin1String("\"8\"")),
+             qPrintable(result.notes.last()));
 }
 
 void TestZBPlaylistFile::optionalKeysAndOtherNumberKinds()
