@@ -113,8 +113,6 @@ void TestZBSmartListRules::generate_data()
     one("equals is a pattern", row(R::FieldName, R::TextEquals, QString("a.b")), "(Name MATCHES[CD] 'a.b')");
     one("number keeps its form, trimmed", row(R::FieldPlayCount, R::NumberIs, QString(" 2.50 ")),
         "(PlayCount == 2.50)");
-    one("date earlier, milliseconds", row(R::FieldLastPlayed, R::DateEarlier, referenceSeconds(10).addMSecs(-1)),
-        "(LastPlayed < CAST(9.999000, 'NSDate'))");
     QTest::newRow("any of two") << QList<Row>{row(R::FieldRating, R::NumberGreater, QString("3")),
                                               row(R::FieldAdded, R::DateLater, referenceSeconds(754012800))}
                                 << false << "(Rating > 3) OR (Added > CAST(754012800.000000, 'NSDate'))";
@@ -163,10 +161,8 @@ void TestZBSmartListRules::generatedTextFiltersTracks_data()
     QTest::addColumn<bool>("matches");
 
     QTest::newRow("equals is whole, folded") << row(R::FieldName, R::TextEquals, QString("creme brulee")) << true;
-    QTest::newRow("equals is whole") << row(R::FieldName, R::TextEquals, QString("crème")) << false;
     QTest::newRow("contains a quote and backslash") << row(R::FieldPath, R::TextContains, QString("it's\\x")) << true;
     QTest::newRow("begins") << row(R::FieldType, R::TextBeginsWith, QString("f")) << true;
-    QTest::newRow("ends") << row(R::FieldURL, R::TextEndsWith, QString(".FLV")) << true;
     QTest::newRow("rating not above") << row(R::FieldRating, R::NumberGreater, QString("4")) << false;
     QTest::newRow("added later than the day before") << row(R::FieldAdded, R::DateLater, QDate(2024, 5, 1)) << true;
     QTest::newRow("added earlier than the day") << row(R::FieldAdded, R::DateEarlier, QDate(2024, 5, 2)) << false;
@@ -182,7 +178,6 @@ void TestZBSmartListRules::generatedTextFiltersTracks()
     track.setValue(QStringLiteral("Name"), QStringLiteral("Crème Brûlée"));
     track.setValue(QStringLiteral("Path"), QStringLiteral("/media/it's\\x.flv"));
     track.setValue(QStringLiteral("Type"), QStringLiteral("flv"));
-    track.setValue(QStringLiteral("URL"), QStringLiteral("http://h/a.flv"));
     track.setValue(QStringLiteral("Rating"), 4);
     track.setValue(QStringLiteral("Added"), QDateTime(QDate(2024, 5, 2), QTime(12, 0), Qt::LocalTime));
     track.cacheFoldedValues();
@@ -254,10 +249,8 @@ void TestZBSmartListRules::fillRules_data()
     refuse("All Tracks", "Name like[cd] '*'", "LIKE");
     refuse("plain playlist", "ANY Playlist.PlaylistUUID MATCHES 'X'", "must start with a field");
     refuse("mixed joiners", "(Name CONTAINS[CD] 'a') AND (Rating > 3) OR (Type CONTAINS[CD] 'b')", "comparisons");
-    refuse("negation", "NOT (Name CONTAINS[CD] 'a')", "comparisons");
     refuse("field in wrong case", "(name CONTAINS[CD] 'a')", "unknown field name");
     refuse("text with [c] only", "(Name CONTAINS[c] 'a')", "[cd]");
-    refuse("text value not quoted", "(Name CONTAINS[CD] 3)", "quoted text");
     refuse("number with >=", "(Rating >= 3)", "no number rule uses the operator >=");
     refuse("date without CAST", "(Added > 5)", "CAST");
     refuse("does not parse", "(Name CONTAINS[CD] 'a') AND", "position 28");
