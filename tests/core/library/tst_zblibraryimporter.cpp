@@ -105,8 +105,7 @@ void TestZBLibraryImporter::oneFile()
                  .arg(item->PlayCount().value_or(-1)),
              "Holiday Clip|" + media("Holiday Clip.mp4") + "||0|0");
     QVERIFY(!item->URL().isNull());
-    QVERIFY(item->Added() >= before && item->Added() <= QDateTime::currentDateTimeUtc().addSecs(1));
-    QVERIFY(!item->LastPlayed().isValid() && item->SourcePageTitle().isNull());
+    QVERIFY(item->Added() >= before && !item->LastPlayed().isValid() && item->SourcePageTitle().isNull());
     // The same file under another spelling of its path is the same track.
     QCOMPARE(importer.importToLibrary(media("HOLIDAY CLIP.MP4"), &isNew), item->ItemUUID());
     QVERIFY(!isNew);
@@ -116,7 +115,6 @@ void TestZBLibraryImporter::oneFile()
     const QList<std::tuple<const char *, QByteArray, const char *, qint32>> kinds{
         {"LOUD.MKV", m_mkv, "MKV", 3},
         {"cartoon.swf", m_swf, "swf", 48},
-        {"Game.exe", nvktest::windowsProjector(QByteArray(300, 'w'), m_swf), "exe", 0},
         {"Mac Projector", nvktest::macProjector(QByteArray(300, 'm'), m_swf), "exe", 0},
         {"mobile.3g2", m_mp4, "3g2", 2}};
     for (const auto &[name, bytes, type, length] : kinds)
@@ -134,7 +132,7 @@ void TestZBLibraryImporter::oneFile()
         QVERIFY(importer.importToLibrary(media(name), &isNew).isNull());
         QVERIFY(!isNew);
     }
-    QCOMPARE(trackCount(), 6);
+    QCOMPARE(trackCount(), 5);
 }
 
 void TestZBLibraryImporter::folderTree_data()
