@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include "playback/zbmediatypes.h"
+#include "ui/app/zbmprisrootadaptor.h"
 
 namespace
 {
@@ -74,6 +75,18 @@ private Q_SLOTS:
         // mp4, mkv, avi, mov, wmv, mpeg, flv, rm, swf at least are known everywhere.
         QVERIFY(known >= 9);
         QVERIFY(!m_types.contains(QStringLiteral("application/x-ms-dos-executable")));
+    }
+
+    // The desktop learns the same types and schemes over MPRIS.
+    void mprisOffersWhatTheEntryRegisters()
+    {
+        QStringList offered = ZBMprisRootAdaptor::supportedMimeTypes();
+        for (const QString &scheme : ZBMprisRootAdaptor::supportedUriSchemes())
+            offered << (scheme == u"file" ? scheme : QStringLiteral("x-scheme-handler/") + scheme);
+        QStringList registered = m_types + QStringList{QStringLiteral("file")};
+        offered.sort();
+        registered.sort();
+        QCOMPARE(offered, registered);
     }
 
     void definesThePlaylistType()
