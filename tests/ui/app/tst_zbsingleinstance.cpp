@@ -1,18 +1,16 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <memory>
 #include <vector>
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonValue>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,8 +26,7 @@ constexpr char PrimaryLine[] = "primary";
 
 void printLine(const QByteArray &line)
 {
-    std::fputs(line.constData(), stdout);
-    std::fputc('\n', stdout);
+    std::printf("%s\n", line.constData());
     std::fflush(stdout);
 }
 
@@ -52,10 +49,7 @@ int runAsPlayerStart(int argc, char *argv[])
 
 QStringList parseList(const QByteArray &line)
 {
-    QStringList list;
-    for (const QJsonValue &value : QJsonDocument::fromJson(line).array())
-        list << value.toString();
-    return list;
+    return QJsonDocument::fromJson(line).toVariant().toStringList();
 }
 } // namespace
 
@@ -77,7 +71,6 @@ private:
         environment.insert(QLatin1String(ChildServerNameVariable), socketName());
         process->setProcessEnvironment(environment);
         process->setWorkingDirectory(workingDirectory.isEmpty() ? m_dir->path() : workingDirectory);
-        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
         process->start(QCoreApplication::applicationFilePath(), arguments);
         return process;
     }
@@ -85,12 +78,13 @@ private:
     // Turns the event loop while the child runs: this process may be the
     // player it talks to. Shorter than the sender's wait for an answer, so a
     // child that gave up waiting does not pass for one that was answered.
-    static bool finishesWithoutHelp(QProcess &process)
+    static bool handsOver(const std::unique_ptr<QProcess> &process)
     {
         QDeadlineTimer deadline(5000);
-        while (process.state() != QProcess::NotRunning && !deadline.hasExpired())
+        while (process->state() != QProcess::NotRunning && !deadline.hasExpired())
             QTest::qWait(10);
-        return process.state() == QProcess::NotRunning && process.exitStatus() == QProcess::NormalExit;
+        return process->state() == QProcess::NotRunning && process->exitStatus() == QProcess::NormalExit &&
+               process->exitCode() == 0;
     }
 
     static QByteArray nextLine(QProcess &process)
@@ -101,42 +95,26 @@ private:
         return process.readLine().trimmed();
     }
 
-    static void stop(QProcess &process)
-    {
-        process.kill();
-        process.waitForFinished(5000);
-    }
-
     std::unique_ptr<QTemporaryDir> m_dir;
 
 private Q_SLOTS:
-    void init()
-    {
-        m_dir = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_dir->isValid());
-    }
+    void init() { m_dir = std::make_unique<QTemporaryDir>(); }
 
     void normalizesTheCommandLine_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QStringList>("expected");
-        const auto list = [](std::initializer_list<const char *> items)
-        {
-            QStringList result;
-            for (const char *item : items)
-                result << QString::fromUtf8(item);
-            return result;
-        };
-        QTest::newRow("relative, dots") << list({"./old/../new.mkv"}) << list({"/home/ann/videos/new.mkv"});
-        QTest::newRow("parent folder") << list({"../films"}) << list({"/home/ann/films"});
-        QTest::newRow("absolute path") << list({"/srv//media/a.flv"}) << list({"/srv/media/a.flv"});
-        QTest::newRow("file URL") << list({"file:///srv/media/two%20words.swf"}) << list({"/srv/media/two words.swf"});
+        QTest::newRow("relative, dots") << QStringList{"./old/../new.mkv"} << QStringList{"/home/ann/videos/new.mkv"};
+        QTest::newRow("parent folder") << QStringList{"../films"} << QStringList{"/home/ann/films"};
+        QTest::newRow("absolute path") << QStringList{"/srv//media/a.flv"} << QStringList{"/srv/media/a.flv"};
+        QTest::newRow("file URL") << QStringList{"file:///srv/media/two%20words.swf"}
+                                  << QStringList{"/srv/media/two words.swf"};
         // Kept as given, in order: URLs with a scheme; options go, and a
         // colon without slashes or a one-letter scheme is part of a name.
-        QTest::newRow("mixed") << list({"-platform", "https://example.com/a%20b.flv", "notes:part1.avi", "",
-                                        "norvikplayer://a?v=1&t=2", "c://x.avi"})
-                               << list({"https://example.com/a%20b.flv", "/home/ann/videos/notes:part1.avi",
-                                        "norvikplayer://a?v=1&t=2", "/home/ann/videos/c:/x.avi"});
+        QTest::newRow("mixed") << QStringList{"-platform", "https://example.com/a%20b.flv", "notes:part1.avi",
+                                              "",          "norvikplayer://a?v=1&t=2",      "c://x.avi"}
+                               << QStringList{"https://example.com/a%20b.flv", "/home/ann/videos/notes:part1.avi",
+                                              "norvikplayer://a?v=1&t=2", "/home/ann/videos/c:/x.avi"};
         QTest::newRow("nothing") << QStringList() << QStringList();
     }
 
@@ -151,17 +129,17 @@ private Q_SLOTS:
     {
         const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
         const bool wasSet = qEnvironmentVariableIsSet("XDG_RUNTIME_DIR");
+        const auto restore =
+            qScopeGuard([&]() { wasSet ? qputenv("XDG_RUNTIME_DIR", saved) : qunsetenv("XDG_RUNTIME_DIR"); });
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_dir->path()));
-        const QString name = ZBSingleInstance::defaultServerName();
-        if (wasSet)
-            qputenv("XDG_RUNTIME_DIR", saved);
-        else
-            qunsetenv("XDG_RUNTIME_DIR");
-        QCOMPARE(QFileInfo(name).absolutePath(), QFileInfo(m_dir->path()).absoluteFilePath());
+        QCOMPARE(QFileInfo(ZBSingleInstance::defaultServerName()).absolutePath(),
+                 QFileInfo(m_dir->path()).absoluteFilePath());
     }
 
     // Later starts hand their files and URLs to the first, also before it
     // listens; a plain start is handed over too, to bring the window forward.
+    // Neither a second listener nor a stranger's connection takes the
+    // hand-overs from a living player.
     void handsStartsToTheRunningPlayer()
     {
         const QString folder = m_dir->filePath(QStringLiteral("videos"));
@@ -169,150 +147,86 @@ private Q_SLOTS:
         {
             ZBSingleInstance player(socketName());
             QVERIFY(!player.tryToHandOver({QStringLiteral("a.mp4")}));
-            QVERIFY(player.isListening());
             QVERIFY(QFileInfo::exists(socketName()));
             QSignalSpy received(&player, &ZBSingleInstance::argumentsReceived);
+            QVERIFY(handsOver(startPlayer({QStringLiteral("clip.mp4"), QStringLiteral("sub/../film.mkv"),
+                                           QStringLiteral("norvikplayer://www.example.com/page"),
+                                           QStringLiteral("/elsewhere/movie.swf"), QStringLiteral("--quiet")},
+                                          folder)));
+            QVERIFY(handsOver(startPlayer({}, folder)));
+            QCOMPARE(received.count(), 0);
+            player.listen();
 
-            const QList<QStringList> starts{{QStringLiteral("clip.mp4"), QStringLiteral("sub/../film.mkv"),
-                                             QStringLiteral("norvikplayer://www.example.com/page"),
-                                             QStringLiteral("/elsewhere/movie.swf"), QStringLiteral("--quiet")},
-                                            {},
-                                            {QStringLiteral("/b.avi")}};
-            for (int i = 0; i < int(starts.size()); ++i)
-            {
-                auto second = startPlayer(starts.at(i), folder);
-                QVERIFY(finishesWithoutHelp(*second));
-                QCOMPARE(second->exitCode(), 0);
-                QCOMPARE(second->readAllStandardOutput(), QByteArray());
-                if (i == 1)
-                {
-                    QCOMPARE(received.count(), 0);
-                    player.listen();
-                }
-            }
-            QCOMPARE(received.count(), 3);
-            QCOMPARE(received.at(0).first().toStringList(),
-                     QStringList({folder + QStringLiteral("/clip.mp4"), folder + QStringLiteral("/film.mkv"),
-                                  QStringLiteral("norvikplayer://www.example.com/page"),
-                                  QStringLiteral("/elsewhere/movie.swf")}));
-            QCOMPARE(received.at(1).first().toStringList(), QStringList());
-            QCOMPARE(received.at(2).first().toStringList(), QStringList{QStringLiteral("/b.avi")});
+            ZBSingleInstance intruder(socketName());
+            QSignalSpy intruderReceived(&intruder, &ZBSingleInstance::argumentsReceived);
+            intruder.listen();
+            QVERIFY(!intruder.isListening());
+            QLocalSocket stranger;
+            stranger.connectToServer(socketName());
+            QVERIFY(stranger.waitForConnected(1000));
+            stranger.write(QByteArray("GET / HTTP/1.0\r\n\r\n"));
+            stranger.flush();
+            QTRY_COMPARE(stranger.state(), QLocalSocket::UnconnectedState);
+
+            QVERIFY(handsOver(startPlayer({QStringLiteral("/b.avi")})));
+            QCOMPARE(received, (QList<QVariantList>{{QStringList{folder + QStringLiteral("/clip.mp4"),
+                                                                 folder + QStringLiteral("/film.mkv"),
+                                                                 QStringLiteral("norvikplayer://www.example.com/page"),
+                                                                 QStringLiteral("/elsewhere/movie.swf")}},
+                                                    {QStringList()},
+                                                    {QStringList{QStringLiteral("/b.avi")}}}));
+            QCOMPARE(intruderReceived.count(), 0);
         }
         // A player that quits normally leaves nothing a later start must clear.
         QVERIFY(!QFileInfo::exists(socketName()));
     }
 
-    void handsOverToAPlayerInAnotherProcess()
+    void handsOverToAnotherProcessAndTakesOverAfterItCrashes()
     {
-        auto player = startPlayer({});
-        QCOMPARE(nextLine(*player), QByteArray(PrimaryLine));
-
-        ZBSingleInstance second(socketName());
-        QVERIFY(second.tryToHandOver({QStringLiteral("relative.flv"), QStringLiteral("norvikplayer://x.example")}));
-        QVERIFY(!second.isListening());
-        QCOMPARE(parseList(nextLine(*player)), QStringList({QDir::currentPath() + QStringLiteral("/relative.flv"),
-                                                            QStringLiteral("norvikplayer://x.example")}));
-        stop(*player);
-    }
-
-    void takesOverTheSocketOfACrashedPlayer()
-    {
-        auto crashed = startPlayer({});
-        QCOMPARE(nextLine(*crashed), QByteArray(PrimaryLine));
-        ::kill(static_cast<pid_t>(crashed->processId()), SIGKILL);
-        QVERIFY(crashed->waitForFinished(5000));
-        // The crash left the socket behind, and nobody answers on it.
-        QVERIFY(QFileInfo::exists(socketName()));
-        QLocalSocket probe;
-        probe.connectToServer(socketName());
-        QVERIFY(!probe.waitForConnected(1000));
+        auto first = startPlayer({});
+        QCOMPARE(nextLine(*first), QByteArray(PrimaryLine));
+        QVERIFY(ZBSingleInstance(socketName())
+                    .tryToHandOver({QStringLiteral("relative.flv"), QStringLiteral("norvikplayer://x.example")}));
+        QCOMPARE(parseList(nextLine(*first)), QStringList({QDir::currentPath() + QStringLiteral("/relative.flv"),
+                                                           QStringLiteral("norvikplayer://x.example")}));
+        ::kill(static_cast<pid_t>(first->processId()), SIGKILL);
+        QVERIFY(first->waitForFinished(5000));
 
         ZBSingleInstance player(socketName());
         QVERIFY(!player.tryToHandOver({QStringLiteral("/mine.mp4")}));
-        QVERIFY(player.isListening());
         QSignalSpy received(&player, &ZBSingleInstance::argumentsReceived);
         player.listen();
-        auto second = startPlayer({QStringLiteral("/theirs.mp4")});
-        QVERIFY(finishesWithoutHelp(*second));
-        QCOMPARE(second->exitCode(), 0);
-        QCOMPARE(received.count(), 1);
-        QCOMPARE(received.first().first().toStringList(), QStringList{QStringLiteral("/theirs.mp4")});
-    }
-
-    // Neither a second listener nor a stranger's connection takes the
-    // hand-overs from a living player.
-    void aLivingPlayerKeepsItsName()
-    {
-        ZBSingleInstance player(socketName());
-        QVERIFY(!player.tryToHandOver({}));
-        QSignalSpy received(&player, &ZBSingleInstance::argumentsReceived);
-        player.listen();
-
-        ZBSingleInstance intruder(socketName());
-        QSignalSpy intruderReceived(&intruder, &ZBSingleInstance::argumentsReceived);
-        intruder.listen();
-        QVERIFY(!intruder.isListening());
-        QVERIFY(player.isListening());
-
-        QLocalSocket stranger;
-        stranger.connectToServer(socketName());
-        QVERIFY(stranger.waitForConnected(1000));
-        stranger.write(QByteArray("GET / HTTP/1.0\r\n\r\n"));
-        stranger.flush();
-        QTRY_COMPARE(stranger.state(), QLocalSocket::UnconnectedState);
-        QCOMPARE(received.count(), 0);
-
-        auto second = startPlayer({QStringLiteral("/c.mov")});
-        QVERIFY(finishesWithoutHelp(*second));
-        QCOMPARE(second->exitCode(), 0);
-        QCOMPARE(received.count(), 1);
-        QCOMPARE(intruderReceived.count(), 0);
+        QVERIFY(handsOver(startPlayer({QStringLiteral("/theirs.mp4")})));
+        QCOMPARE(received, QList<QVariantList>{{QStringList{QStringLiteral("/theirs.mp4")}}});
     }
 
     void startsTogetherMakeOnePlayer()
     {
+        const QStringList files{QStringLiteral("/1.mp4"), QStringLiteral("/2.mp4"), QStringLiteral("/3.mp4"),
+                                QStringLiteral("/4.mp4")};
         std::vector<std::unique_ptr<QProcess>> starts;
-        for (const char *file : {"/1.mp4", "/2.mp4", "/3.mp4", "/4.mp4"})
-            starts.push_back(startPlayer({QString::fromLatin1(file)}));
+        for (const QString &file : files)
+            starts.push_back(startPlayer({file}));
 
-        QProcess *player = nullptr;
-        QDeadlineTimer deadline(20000);
-        while (!deadline.hasExpired())
+        // All but one hand over and end; the one left is the player.
+        const auto running = [](const auto &start)
         {
-            int finished = 0;
-            for (const auto &start : starts)
-            {
-                if (start->state() == QProcess::NotRunning)
-                    ++finished;
-                else if (start->canReadLine() || start->waitForReadyRead(10))
-                    player = start.get();
-            }
-            if (player && finished == int(starts.size()) - 1)
-                break;
-        }
-        QVERIFY(player);
+            return start->state() != QProcess::NotRunning;
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(std::count_if(starts.begin(), starts.end(), running), 1, 20000);
+        QProcess *player = std::find_if(starts.begin(), starts.end(), running)->get();
         for (const auto &start : starts)
-        {
-            if (start.get() != player)
-            {
-                QCOMPARE(start->exitStatus(), QProcess::NormalExit);
-                QCOMPARE(start->exitCode(), 0);
-            }
-        }
+            QVERIFY(start.get() == player || handsOver(start));
         QCOMPARE(nextLine(*player), QByteArray(PrimaryLine));
-        QStringList files;
+        QStringList received;
         for (int i = 0; i < 3; ++i)
-            files << parseList(nextLine(*player));
-        stop(*player);
+            received << parseList(nextLine(*player));
+        player->kill();
         // Every file of the others reached the one player, its own excepted.
-        const int ownIndex = int(
-            std::find_if(starts.begin(), starts.end(), [player](const auto &start) { return start.get() == player; }) -
-            starts.begin());
-        QStringList expected{QStringLiteral("/1.mp4"), QStringLiteral("/2.mp4"), QStringLiteral("/3.mp4"),
-                             QStringLiteral("/4.mp4")};
-        expected.removeAt(ownIndex);
-        files.sort();
-        QCOMPARE(files, expected);
+        QStringList expected = files;
+        expected.removeOne(player->arguments().first());
+        received.sort();
+        QCOMPARE(received, expected);
     }
 };
 
