@@ -22,10 +22,8 @@ using Rules = ZBSmartListRules;
 
 bool choose(QComboBox *box, int tag)
 {
-    const int index = box->findData(tag);
-    if (index >= 0)
-        box->setCurrentIndex(index);
-    return index >= 0;
+    box->setCurrentIndex(box->findData(tag));
+    return box->currentData() == tag;
 }
 
 QString dateLiteral(QDate date)

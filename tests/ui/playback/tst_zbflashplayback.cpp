@@ -152,7 +152,6 @@ void TestZBFlashPlayback::endRulesDecideWhenTheListMovesOn()
     if (movesOn)
     {
         QTRY_COMPARE_WITH_TIMEOUT(playingName(), QStringLiteral("second"), 10000);
-        QTRY_VERIFY_WITH_TIMEOUT(m_rig->controller.currentTime() > 2, 5000);
         return;
     }
     // At 24 frames per second it has looped or stood still a good while.

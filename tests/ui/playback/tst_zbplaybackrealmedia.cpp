@@ -86,7 +86,6 @@ void TestZBPlaybackRealMedia::playsSeeksAndMovesOn()
     QCOMPARE(controller.playingItem(), a);
     QCOMPARE(a->Length(), std::optional<qint32>(3));
     QCOMPARE(a->PlayCount(), std::optional<qint32>(1));
-    QTRY_VERIFY_WITH_TIMEOUT(controller.currentTime() > 0.3, 5000);
 
     // A drag of the seek slider lands where it was dropped.
     controller.seekSliderMoved(2.0);
