@@ -22,16 +22,6 @@ void collectTexts(const QWidget *menu, QStringList &texts)
             collectTexts(action->menu(), texts);
     }
 }
-
-QMenu *submenuTitled(const QWidget *menu, const QString &text)
-{
-    for (QAction *action : menu->actions())
-    {
-        if (action->menu() && action->text() == text)
-            return action->menu();
-    }
-    return nullptr;
-}
 } // namespace
 
 class TestZBMenuLocalizer : public QObject
@@ -63,20 +53,14 @@ void TestZBMenuLocalizer::mainMenuBarInGerman()
     ZBLocalizer::setLanguage(QStringLiteral("German"));
     QMenuBar menuBar;
     ZBMainMenuBuilder::build(&menuBar, ZBMainMenuDefinition::mainMenu(), {});
-    QStringList before;
-    collectTexts(&menuBar, before);
-
     ZBMenuLocalizer::localizeMainMenuBar(&menuBar);
-
-    QStringList after;
-    collectTexts(&menuBar, after);
-    QCOMPARE(after.size(), before.size());
-    for (const QString &text : after)
+    QStringList texts;
+    collectTexts(&menuBar, texts);
+    for (const QString &text : texts)
         QVERIFY2(!text.startsWith(QLatin1String("MainMenu_")), qPrintable(text));
 
-    QMenu *file = submenuTitled(&menuBar, QStringLiteral("Datei"));
-    QVERIFY(file);
-    QCOMPARE(file->actions().first()->text(), QStringLiteral("Öffnen …"));
+    QMenu *file = menuBar.actions().at(1)->menu();
+    QCOMPARE(file->title() + u'/' + file->actions().first()->text(), QStringLiteral("Datei/Öffnen …"));
     // Separators stay separators.
     QVERIFY(file->actions().at(2)->isSeparator() && file->actions().at(2)->text().isEmpty());
     QCOMPARE(menuBar.actions().first()->menu()->actions().first()->text(), QStringLiteral("Über Norvik Player"));

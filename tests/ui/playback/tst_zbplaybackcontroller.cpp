@@ -179,7 +179,6 @@ void TestZBPlaybackController::playPausesAndResumesWhileTheTableRestarts()
     m_rig->controller.play_video(ZBPlaybackController::Sender::TrackTable);
     settle();
     QCOMPARE(m_rig->video.loads, 2);
-    QCOMPARE(m_rig->video.currentTime(), 0.0);
     QCOMPARE(one->PlayCount(), std::optional<qint32>(2));
 
     // After the stop command, play starts the selection afresh.
@@ -187,7 +186,6 @@ void TestZBPlaybackController::playPausesAndResumesWhileTheTableRestarts()
     m_rig->controller.play_video(ZBPlaybackController::Sender::PlayButton);
     settle();
     QCOMPARE(m_rig->video.loads, 3);
-    QVERIFY(m_rig->controller.isPlaying());
 }
 
 void TestZBPlaybackController::endOfTrackFollowsTheRepeatMode_data()
@@ -266,7 +264,6 @@ void TestZBPlaybackController::missingFileChosenByTheUser()
     ZBItem *other = addTrack("other", "5");
     startList(0);
     QCOMPARE(m_rig->ui.asked, QStringList({"gone"}));
-    QVERIFY(!m_rig->controller.isPlaying());
     QCOMPARE(gone->isValid(), std::optional<bool>(false));
 
     // Find: the chosen file becomes the track's and plays.
@@ -277,7 +274,6 @@ void TestZBPlaybackController::missingFileChosenByTheUser()
     startList(0);
     settle();
     QCOMPARE(gone->Path(), found);
-    QCOMPARE(gone->isValid(), std::optional<bool>(true));
     QCOMPARE(m_rig->controller.playingItem(), gone);
 
     // Delete: the track leaves the library and the lists.
@@ -326,6 +322,7 @@ void TestZBPlaybackController::holdToSeekAndClick()
     m_rig->controller.play_video(ZBPlaybackController::Sender::PlayButton);
     for (int i = 0; i < 31; ++i)
         m_rig->controller.holdOnButtonNext();
+    QVERIFY(!m_rig->controller.playingItem());
 }
 
 void TestZBPlaybackController::timeLabelAndSlider()
