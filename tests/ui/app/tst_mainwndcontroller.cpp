@@ -45,18 +45,9 @@ private Q_SLOTS:
         QCOMPARE(controller.trackModel()->rowCount(), 0);
 
         QStringList enabled;
-        const auto collect = [&enabled](QMenu *menu, const auto &self) -> void
-        {
-            for (QAction *action : menu->actions())
-            {
-                if (action->menu())
-                    self(action->menu(), self);
-                else if (!action->isSeparator() && action->isEnabled())
-                    enabled << action->text();
-            }
-        };
-        for (QAction *top : controller.window()->menuBar()->actions())
-            collect(top->menu(), collect);
+        for (const QAction *action : controller.window()->menuBar()->findChildren<QAction *>())
+            if (!action->menu() && !action->isSeparator() && action->isEnabled())
+                enabled << action->text();
         for (const char *title : {"Play", "Stop", "Next", "Shuffle", "Volume Up", "Mute", "New Playlist", "Get Info",
                                   "Find", "Delete Playlist"})
             QVERIFY2(enabled.contains(QLatin1String(title)), title);

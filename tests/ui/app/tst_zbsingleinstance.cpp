@@ -67,9 +67,8 @@ private:
     std::unique_ptr<QProcess> startPlayer(const QStringList &arguments, const QString &workingDirectory = QString())
     {
         auto process = std::make_unique<QProcess>();
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QLatin1String(ChildServerNameVariable), socketName());
-        process->setProcessEnvironment(environment);
+        process->setEnvironment(QProcess::systemEnvironment()
+                                << QLatin1String(ChildServerNameVariable) + u'=' + socketName());
         process->setWorkingDirectory(workingDirectory.isEmpty() ? m_dir->path() : workingDirectory);
         process->start(QCoreApplication::applicationFilePath(), arguments);
         return process;

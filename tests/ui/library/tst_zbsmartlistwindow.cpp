@@ -80,39 +80,6 @@ class TestZBSmartListWindow : public QObject
 private Q_SLOTS:
     void initTestCase() { ZBLocalizer::setLanguage(QStringLiteral("English")); }
 
-    void rowsBecomeTheRequest_data()
-    {
-        QTest::addColumn<int>("field");
-        QTest::addColumn<int>("op");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("expected");
-        // -1: left as a new list's row has it. A typed type prefix stays as
-        // typed: "fl" must not be completed to "flv".
-        const std::tuple<const char *, int, int, const char *, QString> rows[] = {
-            {"new row", -1, -1, "rock AND roll", "(Name CONTAINS[CD] 'rock and roll')"},
-            {"quoted", Rules::FieldName, Rules::TextEquals, "it's", "(Name MATCHES[CD] 'it\\'s')"},
-            {"type prefix", Rules::FieldType, Rules::TextBeginsWith, "fl", "(Type BEGINSWITH[CD] 'fl')"},
-            {"count", Rules::FieldPlayCount, Rules::NumberGreater, " 12 ", "(PlayCount > 12)"}};
-        for (const auto &[tag, field, op, value, expected] : rows)
-            QTest::newRow(tag) << field << op << QString::fromUtf8(value) << expected;
-    }
-
-    void rowsBecomeTheRequest()
-    {
-        QFETCH(int, field);
-        QFETCH(int, op);
-        QFETCH(QString, value);
-        QFETCH(QString, expected);
-        ZBSmartListWindow window;
-        window.setDefaultPredicate();
-        showAndActivate(window);
-        ZBSmartListRuleRow *row = window.ruleRow(0);
-        if (field >= 0)
-            QVERIFY(choose(row->fieldBox(), field) && choose(row->operatorBox(), op));
-        enterValue(row, value);
-        QCOMPARE(window.generatePredicate(), expected);
-    }
-
     void existingRequestsAreShownKeptOrRefused()
     {
         ZBSmartListWindow window;
@@ -212,49 +179,62 @@ private Q_SLOTS:
         QVERIFY(window.isVisible());
     }
 
-    void okRefusesBadInput_data()
+    // A second rule entered the way a user does, then OK.
+    void okTakesTheRulesOrRefusesBadInput_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("field");
         QTest::addColumn<int>("op");
         QTest::addColumn<QString>("typed");
-        // Empty: accepted; "*": any message.
+        // Refused with this message ("*": any); empty: taken as `rule`.
         QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("rule");
         const QString number = ZBLocalizer::localizedStringForKey(QStringLiteral("SmartListWindow_ErrorNumber"))
                                    .arg(QStringLiteral("2"), QStringLiteral("abc"));
-        const std::tuple<const char *, const char *, int, int, const char *, QString> rows[] = {
-            {"word", "Plays", Rules::FieldPlayCount, Rules::NumberGreater, "abc", number},
-            {"negative fraction", "Plays", Rules::FieldPlayCount, Rules::NumberGreater, "-2.5", ""},
-            {"no such day", "Plays", Rules::FieldAdded, Rules::DateLater, "2024-02-30", "*"},
-            {"beyond a request", "Plays", Rules::FieldAdded, Rules::DateLater, "9000-01-01", "*"},
-            {"bad pattern for is", "Plays", Rules::FieldName, Rules::TextEquals, "a(", "*"},
-            {"plain text for contains", "Plays", Rules::FieldName, Rules::TextContains, "a(", ""},
-            {"blank name", "   ", Rules::FieldName, Rules::TextContains, "x", "*"}};
-        for (const auto &[tag, name, field, op, typed, message] : rows)
-            QTest::newRow(tag) << QString::fromUtf8(name) << field << op << QString::fromUtf8(typed) << message;
+        const int count = Rules::FieldPlayCount, name = Rules::FieldName, added = Rules::FieldAdded;
+        // -1: left as a new row has it. A typed type prefix stays as typed:
+        // "fl" must not be completed to "flv".
+        const std::tuple<const char *, const char *, int, int, const char *, QString, const char *> rows[] = {
+            {"new row", "Plays", -1, -1, "rock AND roll", "", "(Name CONTAINS[CD] 'rock and roll')"},
+            {"quoted", "Plays", name, Rules::TextEquals, "it's", "", "(Name MATCHES[CD] 'it\\'s')"},
+            {"type prefix", "Plays", Rules::FieldType, Rules::TextBeginsWith, "fl", "", "(Type BEGINSWITH[CD] 'fl')"},
+            {"count", "Plays", count, Rules::NumberGreater, " 12 ", "", "(PlayCount > 12)"},
+            {"negative fraction", "Plays", count, Rules::NumberGreater, "-2.5", "", "(PlayCount > -2.5)"},
+            {"plain text for contains", "Plays", name, Rules::TextContains, "a(", "", "(Name CONTAINS[CD] 'a(')"},
+            {"word", "Plays", count, Rules::NumberGreater, "abc", number, ""},
+            {"no such day", "Plays", added, Rules::DateLater, "2024-02-30", "*", ""},
+            {"beyond a request", "Plays", added, Rules::DateLater, "9000-01-01", "*", ""},
+            {"bad pattern for is", "Plays", name, Rules::TextEquals, "a(", "*", ""},
+            {"blank name", "   ", name, Rules::TextContains, "x", "*", ""}};
+        for (const auto &[tag, name, field, op, typed, message, rule] : rows)
+            QTest::newRow(tag) << QString::fromUtf8(name) << field << op << QString::fromUtf8(typed) << message
+                               << QString::fromUtf8(rule);
     }
 
-    void okRefusesBadInput()
+    void okTakesTheRulesOrRefusesBadInput()
     {
         QFETCH(QString, name);
         QFETCH(int, field);
         QFETCH(int, op);
         QFETCH(QString, typed);
-        // "*": any message; the wording is checked once above.
         QFETCH(QString, message);
+        QFETCH(QString, rule);
         ZBSmartListWindow window;
         window.setPlayListName(name);
         QVERIFY(window.addRow({Rules::FieldPath, Rules::TextContains, QStringLiteral("(")}));
         window.addEmptyRow();
         ZBSmartListRuleRow *row = window.ruleRow(1);
-        QVERIFY(choose(row->fieldBox(), field) && choose(row->operatorBox(), op));
+        QVERIFY(field < 0 || (choose(row->fieldBox(), field) && choose(row->operatorBox(), op)));
         showAndActivate(window);
         enterValue(row, typed);
         QSignalSpy accepted(&window, &ZBSmartListWindow::smartListAccepted);
         QTest::mouseClick(window.okButton(), Qt::LeftButton);
         QCOMPARE(accepted.count(), message.isEmpty() ? 1 : 0);
         if (message.isEmpty())
+        {
+            QCOMPARE(window.predicate(), QStringLiteral("(Path CONTAINS[CD] '(') AND ") + rule);
             return;
+        }
         if (message != u"*")
             QCOMPARE(window.validationMessage(), message);
         const auto *label = window.findChild<QLabel *>(QStringLiteral("messageLabel"));

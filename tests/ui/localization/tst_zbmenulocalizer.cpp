@@ -10,20 +10,6 @@
 #include "support/stringtablefixture.h"
 #include "ui/app/zbmainmenubuilder.h"
 
-namespace
-{
-// Every action text of the menu bar, depth first.
-void collectTexts(const QWidget *menu, QStringList &texts)
-{
-    for (const QAction *action : menu->actions())
-    {
-        texts.append(action->text());
-        if (action->menu())
-            collectTexts(action->menu(), texts);
-    }
-}
-} // namespace
-
 class TestZBMenuLocalizer : public QObject
 {
     Q_OBJECT
@@ -54,10 +40,9 @@ void TestZBMenuLocalizer::mainMenuBarInGerman()
     QMenuBar menuBar;
     ZBMainMenuBuilder::build(&menuBar, ZBMainMenuDefinition::mainMenu(), {});
     ZBMenuLocalizer::localizeMainMenuBar(&menuBar);
-    QStringList texts;
-    collectTexts(&menuBar, texts);
-    for (const QString &text : texts)
-        QVERIFY2(!text.startsWith(QLatin1String("MainMenu_")), qPrintable(text));
+    // Every item and every menu's own title.
+    for (const QAction *action : menuBar.findChildren<QAction *>())
+        QVERIFY2(!action->text().startsWith(QLatin1String("MainMenu_")), qPrintable(action->text()));
 
     QMenu *file = menuBar.actions().at(1)->menu();
     QCOMPARE(file->title() + u'/' + file->actions().first()->text(), QStringLiteral("Datei/Öffnen …"));
