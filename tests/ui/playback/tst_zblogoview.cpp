@@ -28,10 +28,7 @@ private:
 
     static QLabel *label(ZBLogoView &view, const char *name) { return view.findChild<QLabel *>(QLatin1String(name)); }
 
-    static QPushButton *button(ZBLogoView &view)
-    {
-        return view.findChild<QPushButton *>(QLatin1String("tutorialButton"));
-    }
+    static QPushButton *button(ZBLogoView &view) { return view.findChild<QPushButton *>("tutorialButton"); }
 
 private Q_SLOTS:
     void modeShowsOrHidesTheHints_data()
