@@ -29,7 +29,7 @@ struct CounterMovieOptions
     };
 
     // The stage in pixels; at least 60 x 80 so the square stays clear of the
-    // centre.
+    // centre, at most 3000 x 3000.
     int width = 200;
     int height = 150;
     int frameCount = 24;

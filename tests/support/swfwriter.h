@@ -24,17 +24,13 @@ public:
     };
 
     static constexpr int ShowFrameTag = 1;
-    static constexpr int DefineShapeTag = 2;
     static constexpr int SetBackgroundColorTag = 9;
     static constexpr int DoActionTag = 12;
-    static constexpr int PlaceObject2Tag = 26;
     static constexpr int FileAttributesTag = 69;
 
-    SwfWriter();
-
     SwfWriter &setVersion(int version);
-    // The stage in twips; widths of the RECT fields follow from the values
-    // unless setRectBits() asks for wider ones.
+    // The stage in twips, its RECT fields as wide as the values need unless
+    // setRectBits() asks for wider ones.
     SwfWriter &setFrameRect(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax);
     SwfWriter &setStageSize(int widthPixels, int heightPixels);
     SwfWriter &setRectBits(int nbits);
@@ -62,50 +58,31 @@ public:
     // A tag in short form when its body is under 63 bytes, else long form.
     static QByteArray tag(int code, QByteArrayView body, bool forceLong = false);
     static QByteArray rect(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax, int nbits);
-    // The fewest bits that hold every value as a signed field.
-    static int bitsFor(qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax);
 
-    // Tag bodies for addTag(). Coordinates are in twips. A value the format
-    // cannot hold throws std::invalid_argument rather than write a movie that
-    // means something else.
-
-    // DefineShape: character `id`, a rectangle filled with one solid colour and
-    // no outline. Sides longer than one edge record can span are split.
-    static QByteArray rectangleShape(quint16 id, qint32 xMin, qint32 xMax, qint32 yMin, qint32 yMax, quint8 red,
-                                     quint8 green, quint8 blue);
-    // PlaceObject2 of a character at an empty depth, shifted by the translation.
-    static QByteArray placeObject2(quint16 depth, quint16 characterId, qint32 translateX = 0, qint32 translateY = 0);
-    // PlaceObject2 that moves the object already at `depth`; it keeps its
-    // character.
-    static QByteArray moveObject2(quint16 depth, qint32 translateX, qint32 translateY);
-    // PlaceObject2 that shows another character in place of the one at `depth`,
-    // keeping the old position unless a translation is given.
-    static QByteArray replaceObject2(quint16 depth, quint16 characterId, std::optional<QPoint> translate = {});
-
-    // ActionScript 1/2 actions, to be joined and closed by doAction(). The
-    // strings must not hold a zero byte, which would end them early.
-    static QByteArray actionStop();
-    // How authoring tools compile fscommand(command, arguments): a GetURL of
+    // Tag bodies for addTag(), coordinates in twips. DefineShape (code 2):
+    // character `id`, a rectangle filled with one solid colour, no outline;
+    // its sides may be at most 65535 twips long.
+    static QByteArray rectangleShape(quint16 id, qint32 width, qint32 height, quint8 red, quint8 green, quint8 blue);
+    // PlaceObject2 (code 26): `characterId` at `depth`, or in place of what
+    // is there when `move` is set; a character left out keeps the one there,
+    // a translation left out keeps its position.
+    static QByteArray placeObject2(quint16 depth, std::optional<quint16> characterId, std::optional<QPoint> translate,
+                                   bool move);
+    // A DoAction body: ActionScript 1/2 actions and the End action.
+    // fscommand(command, arguments) compiles to a GetURL of
     // "FSCommand:<command>" whose target carries the arguments.
-    static QByteArray actionFsCommand(QByteArrayView command, QByteArrayView arguments = {});
-    // A DoAction body: the actions and the End action that closes them.
-    static QByteArray doAction(const QByteArray &actions);
+    static QByteArray doAction(QByteArrayView fsCommand, QByteArrayView fsCommandArguments, bool stop);
 
 private:
-    QByteArray body() const;
-
     int m_version = 10;
-    qint32 m_xMin = 0;
-    qint32 m_xMax = 550 * 20;
-    qint32 m_yMin = 0;
-    qint32 m_yMax = 400 * 20;
+    qint32 m_rect[4] = {0, 550 * 20, 0, 400 * 20};
     int m_rectBits = 0;
     quint16 m_rate = 24 * 256;
-    quint8 m_background[3] = {0xff, 0xff, 0xff};
+    QByteArray m_background = QByteArray(3, char(0xff));
     bool m_backgroundTag = true;
     std::optional<bool> m_fileAttributes;
     bool m_actionScript3 = false;
-    QList<QByteArray> m_tags;
+    QByteArray m_tags;
     int m_frames = 0;
     std::optional<quint16> m_frameCount;
     bool m_lzmaEndMarker = false;

@@ -3,13 +3,14 @@
 #include <QTest>
 
 #include "playback/zbprojector.h"
-#include "playback/zbswfheader.h"
 #include "support/swfwriter.h"
 
 using Trailer = ZBProjector::Trailer;
 
 namespace
 {
+constexpr quint32 Magic = 0xFA123456;
+
 // Stands for the player executable in front of the movie.
 QByteArray fakePlayer(qsizetype size)
 {
@@ -41,12 +42,9 @@ private Q_SLOTS:
     void init();
     void trailers_data();
     void trailers();
-    void shortInputs();
     void moviesFromFiles_data();
     void moviesFromFiles();
-    void applicationFilesByTrailer();
-    void convertWritesThePlainMovie();
-    void convertFailureLeavesDestinationAlone();
+    void convertWritesThePlainMovieOrNothing();
 
 private:
     QString write(const QString &name, const QByteArray &bytes);
@@ -58,8 +56,7 @@ private:
 void TestZBProjector::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
-    m_movie = nvktest::SwfWriter().setVersion(8).setStageSize(640, 480).addFrames(12).build(
-        nvktest::SwfWriter::Compression::Zlib);
+    m_movie = nvktest::SwfWriter().setVersion(8).addFrames(12).build(nvktest::SwfWriter::Compression::Zlib);
 }
 
 QString TestZBProjector::write(const QString &name, const QByteArray &bytes)
@@ -76,34 +73,27 @@ void TestZBProjector::trailers_data()
     QTest::addColumn<Trailer>("kind");
     QTest::addColumn<qint64>("offset");
     QTest::addColumn<qint64>("length");
-
-    const QByteArray player = fakePlayer(3000);
-    const QByteArray movie(1000, 'M');
-    const QByteArray body = player + movie;
-    const qint64 fileSize = body.size() + 8;
-    // 56 34 12 FA, then L = 1000 little-endian: the 1000 bytes before.
-    QTest::newRow("windows, L = 1000") << body + trailer(0xFA123456, 1000, false) << Trailer::Windows
-                                       << qint64(3000) << qint64(1000);
-    QTest::newRow("mac, L = 1000") << body + trailer(1000, 0xFA123456, true) << Trailer::Mac << qint64(3000)
-                                   << qint64(1000);
-    QTest::newRow("windows trailer read as mac") << body + trailer(0xFA123456, 1000, false) << Trailer::Mac
-                                                 << qint64(-1) << qint64(0);
-    QTest::newRow("mac trailer in little-endian order")
-        << body + trailer(1000, 0xFA123456, false) << Trailer::Mac << qint64(-1) << qint64(0);
-    QTest::newRow("mac trailer read as windows") << body + trailer(1000, 0xFA123456, true) << Trailer::Windows
-                                                 << qint64(-1) << qint64(0);
-    QTest::newRow("L = 0") << body + trailer(0xFA123456, 0, false) << Trailer::Windows << qint64(-1) << qint64(0);
-    QTest::newRow("L = length - 8") << body + trailer(0xFA123456, quint32(fileSize - 8), false)
-                                    << Trailer::Windows << qint64(-1) << qint64(0);
-    QTest::newRow("L = length - 9") << body + trailer(0xFA123456, quint32(fileSize - 9), false)
-                                    << Trailer::Windows << qint64(1) << fileSize - 9;
-    QTest::newRow("L beyond the file") << body + trailer(quint32(fileSize * 10), 0xFA123456, true) << Trailer::Mac
-                                       << qint64(-1) << qint64(0);
-    QTest::newRow("L = 0xFFFFFFFF") << body + trailer(0xFA123456, 0xFFFFFFFF, false) << Trailer::Windows
-                                    << qint64(-1) << qint64(0);
-    QTest::newRow("magic off by one") << body + trailer(0xFA123457, 1000, false) << Trailer::Windows << qint64(-1)
-                                      << qint64(0);
-    QTest::newRow("no trailer at all") << body << Trailer::Windows << qint64(-1) << qint64(0);
+    // 3000 bytes of player, 1000 of movie, then the trailer: for Windows the
+    // magic 56 34 12 FA and the length little-endian, for the Mac the length
+    // and the magic big-endian.
+    const QByteArray body = fakePlayer(3000) + QByteArray(1000, 'M');
+    const auto row = [&body](const char *name, const QByteArray &end, Trailer kind, qint64 offset, qint64 length)
+    {
+        QTest::newRow(name) << body + end << kind << offset << length;
+    };
+    row("windows", trailer(Magic, 1000, false), Trailer::Windows, 3000, 1000);
+    row("mac", trailer(1000, Magic, true), Trailer::Mac, 3000, 1000);
+    row("windows trailer read as mac", trailer(Magic, 1000, false), Trailer::Mac, -1, 0);
+    row("mac trailer in little-endian order", trailer(1000, Magic, false), Trailer::Mac, -1, 0);
+    row("mac trailer read as windows", trailer(1000, Magic, true), Trailer::Windows, -1, 0);
+    row("no movie", trailer(Magic, 0, false), Trailer::Windows, -1, 0);
+    // A movie needs at least a byte in front of it.
+    row("no player", trailer(Magic, 4000, false), Trailer::Windows, -1, 0);
+    row("one byte of player", trailer(Magic, 3999, false), Trailer::Windows, 1, 3999);
+    row("longer than the file", trailer(40000, Magic, true), Trailer::Mac, -1, 0);
+    row("L = 0xFFFFFFFF", trailer(Magic, 0xFFFFFFFF, false), Trailer::Windows, -1, 0);
+    row("magic off by one", trailer(Magic + 1, 1000, false), Trailer::Windows, -1, 0);
+    row("no trailer at all", {}, Trailer::Windows, -1, 0);
 }
 
 void TestZBProjector::trailers()
@@ -112,36 +102,14 @@ void TestZBProjector::trailers()
     QFETCH(Trailer, kind);
     QFETCH(qint64, offset);
     QFETCH(qint64, length);
-
     const auto range = ZBProjector::locateMovie(QByteArrayView(file).last(8), file.size(), kind);
-    const QByteArray movie = ZBProjector::extractMovie(file, kind);
-    if (offset < 0)
-    {
-        QVERIFY(!range);
-        QVERIFY(movie.isEmpty());
-        return;
-    }
-    QVERIFY(range);
-    QCOMPARE(range->offset, offset);
-    QCOMPARE(range->length, length);
-    QCOMPARE(movie, file.mid(offset, length));
-}
-
-void TestZBProjector::shortInputs()
-{
+    QCOMPARE(range ? range->offset : -1, offset);
+    QCOMPARE(range ? range->length : 0, length);
+    QCOMPARE(ZBProjector::extractMovie(file, kind), offset < 0 ? QByteArray() : file.mid(offset, length));
+    // Cut short from the front, a file keeps its trailer but loses the room
+    // the movie needs, down to no trailer at all.
     for (qsizetype size = 0; size <= 9; ++size)
-    {
-        // The magic alone, cut to `size` bytes from the front.
-        const QByteArray bytes = QByteArray(QByteArray(1, 'x') + trailer(1, 0xFA123456, true)).right(size);
-        QVERIFY(ZBProjector::extractMovie(bytes, Trailer::Mac).isEmpty());
-        QVERIFY(ZBProjector::extractMovie(bytes, Trailer::Windows).isEmpty());
-    }
-    // A movie needs something in front of it: 10 bytes with L = 1 is the
-    // smallest projector there is.
-    const QByteArray smallest = QByteArray("PS") + trailer(1, 0xFA123456, true);
-    QCOMPARE(ZBProjector::extractMovie(smallest, Trailer::Mac), QByteArray("S"));
-    QVERIFY(ZBProjector::extractMovie(QByteArrayView(smallest).sliced(1), Trailer::Mac).isEmpty());
-    QVERIFY(!ZBProjector::locateMovie(QByteArrayView(smallest).first(7), smallest.size(), Trailer::Mac));
+        QVERIFY(ZBProjector::extractMovie(file.right(size), kind).isEmpty());
 }
 
 void TestZBProjector::moviesFromFiles_data()
@@ -149,19 +117,18 @@ void TestZBProjector::moviesFromFiles_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("layout");
     QTest::addColumn<bool>("found");
+    QTest::addColumn<bool>("application");
     // Layouts: 0 the movie itself, 1 Windows trailer, 2 Mac trailer.
-    QTest::newRow("swf is read whole") << "movie.swf" << 0 << true;
-    QTest::newRow("SWF any case") << "MOVIE.SWF" << 0 << true;
-    QTest::newRow("flv is read whole") << "clip.flv" << 0 << true;
-    QTest::newRow("windows exe") << "Game.exe" << 1 << true;
-    QTest::newRow("EXE any case") << "GAME.EXE" << 1 << true;
-    QTest::newRow("mac projector without extension") << "Game Projector" << 2 << true;
-    QTest::newRow("mac trailer inside an exe") << "Game.exe" << 2 << true;
-    QTest::newRow("named 'APPL' with mac trailer") << "Game.'APPL'" << 2 << true;
-    QTest::newRow("named 'APPL' with windows trailer") << "Game.'APPL'" << 1 << false;
-    QTest::newRow("windows trailer without exe name") << "Game.bin" << 1 << false;
-    QTest::newRow("mp4 is no flash") << "clip.mp4" << 0 << false;
-    QTest::newRow("exe without trailer") << "setup.exe" << 0 << false;
+    QTest::newRow("swf any case") << "MOVIE.SWF" << 0 << true << false;
+    QTest::newRow("flv is read whole") << "clip.flv" << 0 << true << false;
+    QTest::newRow("windows exe, any case") << "GAME.EXE" << 1 << true << false;
+    // A Mac projector is an application by its trailer alone.
+    QTest::newRow("mac projector without extension") << "Game Projector" << 2 << true << true;
+    QTest::newRow("mac trailer inside an exe") << "Game.exe" << 2 << true << true;
+    QTest::newRow("named 'APPL' with windows trailer") << "Game.'APPL'" << 1 << false << false;
+    QTest::newRow("windows trailer without exe name") << "Game.bin" << 1 << false << false;
+    QTest::newRow("mp4 is no flash") << "clip.mp4" << 0 << false << false;
+    QTest::newRow("exe without trailer") << "setup.exe" << 0 << false << false;
 }
 
 void TestZBProjector::moviesFromFiles()
@@ -169,69 +136,42 @@ void TestZBProjector::moviesFromFiles()
     QFETCH(QString, name);
     QFETCH(int, layout);
     QFETCH(bool, found);
+    QFETCH(bool, application);
     const QByteArray player = fakePlayer(5000);
-    const QByteArray bytes = layout == 0   ? m_movie
-                             : layout == 1 ? nvktest::windowsProjector(player, m_movie)
-                                           : nvktest::macProjector(player, m_movie);
-    const QString path = write(name, bytes);
-    const QByteArray movie = ZBProjector::dataWithContentsOfSWF(path);
-    QCOMPARE(movie.isEmpty(), !found);
-    if (!found)
-        return;
-    QCOMPARE(movie, m_movie);
-    const auto header = ZBSwfHeader::readHeader(movie);
-    QVERIFY(header);
-    QCOMPARE(header->frameCount, quint16(12));
-    QCOMPARE(header->width(), 640.0);
+    const QString path = write(name, layout == 0   ? m_movie
+                                     : layout == 1 ? nvktest::windowsProjector(player, m_movie)
+                                                   : nvktest::macProjector(player, m_movie));
+    QCOMPARE(ZBProjector::dataWithContentsOfSWF(path), found ? m_movie : QByteArray());
+    QCOMPARE(ZBProjector::isApplicationFile(path), application);
 }
 
-void TestZBProjector::applicationFilesByTrailer()
+void TestZBProjector::convertWritesThePlainMovieOrNothing()
 {
-    const QByteArray player = fakePlayer(100);
-    QVERIFY(ZBProjector::isApplicationFile(write("Projector", nvktest::macProjector(player, m_movie))));
-    QVERIFY(!ZBProjector::isApplicationFile(write("Game.exe", nvktest::windowsProjector(player, m_movie))));
-    QVERIFY(!ZBProjector::isApplicationFile(write("movie.swf", m_movie)));
-    QVERIFY(!ZBProjector::isApplicationFile(write("tiny", QByteArray::fromHex("fa123456"))));
-    QVERIFY(!ZBProjector::isApplicationFile(write("empty", QByteArray())));
-    QVERIFY(!ZBProjector::isApplicationFile(m_dir->filePath("missing")));
-    QVERIFY(!ZBProjector::isApplicationFile(m_dir->path()));
-    // The magic alone marks it; a useless length only means there is no movie.
-    const QString broken = write("Broken", player + trailer(0, 0xFA123456, true));
+    const auto contents = [](const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+    };
+    // A longer older file is replaced whole.
+    const QString destination = write("Game.swf", QByteArray(6000, '.'));
+    QVERIFY(
+        ZBProjector::convertEXE(write("Game.exe", nvktest::windowsProjector(fakePlayer(2000), m_movie)), destination));
+    QCOMPARE(contents(destination), m_movie);
+    QVERIFY(ZBProjector::convertEXE(write("Mac", nvktest::macProjector(fakePlayer(10), m_movie)),
+                                    m_dir->filePath("fresh.swf")));
+    QCOMPARE(contents(m_dir->filePath("fresh.swf")), m_movie);
+
+    const QString kept = write("kept.swf", "keep me");
+    QVERIFY(!ZBProjector::convertEXE(write("setup.exe", fakePlayer(500)), kept));
+    QVERIFY(!ZBProjector::convertEXE(m_dir->filePath("missing.exe"), kept));
+    QCOMPARE(contents(kept), QByteArray("keep me"));
+    QVERIFY(!ZBProjector::convertEXE(m_dir->filePath("Game.exe"), m_dir->filePath("no/such/folder/out.swf")));
+    // A magic without a usable length marks an application that holds no movie.
+    const QString broken = write("Broken", fakePlayer(100) + trailer(0, Magic, true));
     QVERIFY(ZBProjector::isApplicationFile(broken));
     QVERIFY(ZBProjector::dataWithContentsOfSWF(broken).isEmpty());
-    QVERIFY(ZBProjector::dataWithContentsOfSWF(m_dir->filePath("missing.swf")).isEmpty());
-    QVERIFY(ZBProjector::dataWithContentsOfSWF(m_dir->path()).isEmpty());
-}
-
-void TestZBProjector::convertWritesThePlainMovie()
-{
-    const QString source = write("Game.exe", nvktest::windowsProjector(fakePlayer(2000), m_movie));
-    const QString destination = write("Game.swf", "an older file, longer than the movie that replaces it " +
-                                                      QByteArray(4000, '.'));
-    QVERIFY(ZBProjector::convertEXE(source, destination));
-    QFile written(destination);
-    QVERIFY(written.open(QIODevice::ReadOnly));
-    QCOMPARE(written.readAll(), m_movie);
-
-    const QString mac = write("Mac Projector", nvktest::macProjector(fakePlayer(10), m_movie));
-    QVERIFY(ZBProjector::convertEXE(mac, m_dir->filePath("fresh.swf")));
-    QFile fresh(m_dir->filePath("fresh.swf"));
-    QVERIFY(fresh.open(QIODevice::ReadOnly));
-    QCOMPARE(fresh.readAll(), m_movie);
-}
-
-void TestZBProjector::convertFailureLeavesDestinationAlone()
-{
-    const QByteArray kept("keep me");
-    const QString destination = write("kept.swf", kept);
-    QVERIFY(!ZBProjector::convertEXE(write("setup.exe", fakePlayer(500)), destination));
-    QVERIFY(!ZBProjector::convertEXE(m_dir->filePath("missing.exe"), destination));
-    QFile file(destination);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), kept);
-
-    const QString source = write("Game.exe", nvktest::windowsProjector(fakePlayer(10), m_movie));
-    QVERIFY(!ZBProjector::convertEXE(source, m_dir->filePath("no/such/folder/out.swf")));
+    for (const QString &absent : {m_dir->filePath("missing"), m_dir->path()})
+        QVERIFY(!ZBProjector::isApplicationFile(absent) && ZBProjector::dataWithContentsOfSWF(absent).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestZBProjector)
