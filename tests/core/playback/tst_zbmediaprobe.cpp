@@ -21,14 +21,6 @@ double secondsFor(const QString &extension)
     return nvktest::MediaFactory::formats().indexOf(extension) % 2 ? 3.0 : 2.0;
 }
 
-QString clipOf(const QString &extension)
-{
-    nvktest::MediaFactory::Clip clip;
-    clip.extension = extension;
-    clip.seconds = secondsFor(extension);
-    return nvktest::MediaFactory::clip(clip);
-}
-
 // 16-bit mono PCM at 8 kHz in a WAV file: audio only, nothing to encode.
 QByteArray wave(int seconds)
 {
@@ -87,7 +79,7 @@ void TestZBMediaProbe::initTestCase()
         QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
     for (const QString &extension : nvktest::MediaFactory::formats())
     {
-        m_clips.insert(extension, clipOf(extension));
+        m_clips.insert(extension, nvktest::MediaFactory::clip({extension, secondsFor(extension)}));
         QVERIFY2(!m_clips.value(extension).isEmpty(), qPrintable(extension));
     }
 }

@@ -64,25 +64,13 @@ private Q_SLOTS:
     void headlessHasNoView();
 
 private:
-    QString clip(const QString &extension)
-    {
-        QString error;
-        const QString path = MediaFactory::clip(extension, &error);
-        if (path.isEmpty())
-            qWarning().noquote() << error;
-        return path;
-    }
     // Loads and waits for the answer; false with a message on failure.
     bool loadInto(ZBMpvEngine &engine, const QString &path)
     {
         QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
         QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
         engine.load(path);
-        if (!QTest::qWaitFor([&]() { return !loaded.isEmpty() || !failed.isEmpty(); }, LoadTimeoutMs))
-        {
-            qWarning() << "no answer to the load of" << path;
-            return false;
-        }
+        QTest::qWaitFor([&]() { return !loaded.isEmpty() || !failed.isEmpty(); }, LoadTimeoutMs);
         if (!failed.isEmpty())
             qWarning() << "load failed:" << failed.first().first().toString();
         return loaded.size() == 1 && failed.isEmpty();
@@ -113,14 +101,12 @@ void TestZBMpvEngine::loadsEveryFormat_data()
 void TestZBMpvEngine::loadsEveryFormat()
 {
     QFETCH(QString, extension);
-    const QString path = clip(extension);
-    QVERIFY(!path.isEmpty());
+    const QString path = MediaFactory::clip(extension);
     const int code = extension.startsWith(u"rm") ? ZBPlaybackEngine::RealMedia : ZBPlaybackEngine::VideoMovie;
     ZBMpvEngine engine(code, ZBMpvEngine::Output::Headless);
     QVERIFY(engine.canInitWithFile(path));
     QString reason;
     QVERIFY2(ZBMpvEngine::checkFile(path, &reason), qPrintable(reason));
-    QCOMPARE(engine.currentTime(), -1.0);
     QVERIFY(loadInto(engine, path));
     QVERIFY(engine.isLoaded());
     // Loading leaves the file paused at its start.
@@ -178,15 +164,15 @@ void TestZBMpvEngine::refusesWhatCannotPlay()
     QVERIFY2(message.contains(QFileInfo(path).fileName()), qPrintable(message));
     QVERIFY(loaded.isEmpty() && !engine.isLoaded());
     QCOMPARE(engine.currentTime(), -1.0);
-    QVERIFY(loadInto(engine, clip(QStringLiteral("mp4"))));
+    QVERIFY(loadInto(engine, MediaFactory::clip(QStringLiteral("mp4"))));
     QCOMPARE(engine.naturalSize(), QSize(160, 120));
     QCOMPARE(failed.size(), 1);
 }
 
 void TestZBMpvEngine::newestLoadWins()
 {
-    const QString first = clip(QStringLiteral("mkv"));
-    const QString second = clip(QStringLiteral("avi"));
+    const QString first = MediaFactory::clip(QStringLiteral("mkv"));
+    const QString second = MediaFactory::clip(QStringLiteral("avi"));
     const QString broken = MediaFactory::garbage(QStringLiteral("wmv"), 10000);
     ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
     QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
@@ -208,7 +194,7 @@ void TestZBMpvEngine::newestLoadWins()
 void TestZBMpvEngine::playEndsOnceAndAgainAfterASeekBack()
 {
     ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
-    QVERIFY(loadInto(engine, clip(QStringLiteral("mp4"))));
+    QVERIFY(loadInto(engine, MediaFactory::clip(QStringLiteral("mp4"))));
     QSignalSpy ended(&engine, &ZBPlaybackEngine::endReached);
     QVERIFY(seekAndWait(engine, 1.0));
     engine.play();
@@ -217,8 +203,7 @@ void TestZBMpvEngine::playEndsOnceAndAgainAfterASeekBack()
     QVERIFY(ended.isEmpty());
 
     QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, PlayTimeoutMs);
-    QVERIFY(!engine.isPlaying());
-    QVERIFY(engine.isLoaded());
+    QVERIFY(!engine.isPlaying() && engine.isLoaded());
     QVERIFY2(engine.currentTime() > ClipSeconds - 0.2, qPrintable(QString::number(engine.currentTime())));
     // Pressing play at the end does not end it again; the last frame stays.
     engine.play();
@@ -248,7 +233,7 @@ void TestZBMpvEngine::seekLandsExactly_data()
 void TestZBMpvEngine::seekLandsExactly()
 {
     QFETCH(QString, extension);
-    const QString path = clip(extension);
+    const QString path = MediaFactory::clip(extension);
     ZBMpvEngine engine(ZBPlaybackEngine::VideoMovie, ZBMpvEngine::Output::Headless);
     QVERIFY(loadInto(engine, path));
     const double target = 1.3;
@@ -280,7 +265,7 @@ void TestZBMpvEngine::volumePauseAndStop()
     QCOMPARE(engine.volume(), 0);
     engine.setVolume(42);
     // The core's own report of the volume agrees once a file is loaded.
-    QVERIFY(loadInto(engine, clip(QStringLiteral("flv"))));
+    QVERIFY(loadInto(engine, MediaFactory::clip(QStringLiteral("flv"))));
     QTest::qWait(200);
     QCOMPARE(engine.volume(), 42);
     engine.setVolume(1000);
@@ -324,7 +309,7 @@ void TestZBMpvEngine::headlessHasNoView()
     ZBMpvEngine automatic(ZBPlaybackEngine::VideoMovie);
     QVERIFY(automatic.isHeadless());
     QCOMPARE(automatic.view(), nullptr);
-    QVERIFY(loadInto(automatic, clip(QStringLiteral("m4v"))));
+    QVERIFY(loadInto(automatic, MediaFactory::clip(QStringLiteral("m4v"))));
     QCOMPARE(automatic.naturalSize(), QSize(160, 120));
 }
 
