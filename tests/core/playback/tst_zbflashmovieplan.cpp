@@ -29,13 +29,12 @@ QByteArray hostMovie()
 
 QByteArray counterMovie(int version, bool as3 = false)
 {
-    CounterMovieOptions options;
-    options.version = version;
-    options.actionScript3 = as3;
-    options.width = 320;
-    options.height = 180;
-    options.frameRate = 12.5;
-    return nvktest::makeCounterMovie(options);
+    return nvktest::makeCounterMovie({.width = 320,
+                                      .height = 180,
+                                      .frameRate = 12.5,
+                                      .version = version,
+                                      .actionScript3 = as3,
+                                      .fsCommandArguments = {}});
 }
 
 QList<int> tagCodes(const QByteArray &movie)
@@ -56,7 +55,6 @@ private Q_SLOTS:
     void kindFollowsTheHeader_data();
     void kindFollowsTheHeader();
     void restagePutsTheColourAfterFileAttributes();
-    void flashVideoCodecs_data();
     void flashVideoCodecs();
 };
 
@@ -114,55 +112,27 @@ void TestZBFlashMoviePlan::restagePutsTheColourAfterFileAttributes()
     stage.xMax = 640 * 20;
     stage.yMax = 480 * 20;
     stage.frameRate = 30;
-    const auto restaged =
-        ZBFlashMoviePlan::restage(writer.addTag(82, "code").showFrame().build(), stage, "\x10\x20\x30");
-    QVERIFY(restaged);
-    QCOMPARE(ZBSwfHeader::readHeader(*restaged).value().width(), 640.0);
-    QCOMPARE(ZBSwfHeader::readHeader(*restaged).value().frameRate, 30.0);
-    const auto again = ZBFlashMoviePlan::restage(*restaged, stage, "\x40\x50\x60");
-    QVERIFY(again);
-    QCOMPARE(tagCodes(*restaged), (QList<int>{69, 9, 82, 1, 0}));
-    QCOMPARE(tagCodes(*again), (QList<int>{69, 9, 82, 1, 0}));
-    QCOMPARE(ZBFlashMoviePlan::backgroundColor(*again), QByteArray("\x40\x50\x60", 3));
-    QVERIFY(!ZBFlashMoviePlan::restage(*restaged, stage, QByteArray("\x01", 1)));
-}
-
-void TestZBFlashMoviePlan::flashVideoCodecs_data()
-{
-    QTest::addColumn<QString>("container");
-    QTest::addColumn<QString>("video");
-    QTest::addColumn<QString>("audio");
-    QTest::addColumn<bool>("flash");
-    QTest::newRow("Sorenson + MP3") << "flv"
-                                    << "flv1"
-                                    << "mp3" << true;
-    QTest::newRow("VP6 alpha, silent") << "flv"
-                                       << "vp6a"
-                                       << "" << true;
-    QTest::newRow("sound only") << "flv"
-                                << ""
-                                << "nellymoser" << true;
-    QTest::newRow("H.264") << "flv"
-                           << "h264"
-                           << "mp3" << false;
-    QTest::newRow("AAC") << "flv"
-                         << "flv1"
-                         << "aac" << false;
-    QTest::newRow("F4V") << "mov,mp4,m4a,3gp,3g2,mj2"
-                         << "vp6f"
-                         << "mp3" << false;
-    QTest::newRow("empty") << "flv"
-                           << ""
-                           << "" << false;
+    const QByteArray restaged =
+        ZBFlashMoviePlan::restage(writer.addTag(82, "code").showFrame().build(), stage, "\x10\x20\x30").value();
+    const QByteArray again = ZBFlashMoviePlan::restage(restaged, stage, "\x40\x50\x60").value();
+    QCOMPARE(ZBSwfHeader::readHeader(restaged).value().width(), 640.0);
+    QCOMPARE(ZBSwfHeader::readHeader(restaged).value().frameRate, 30.0);
+    QCOMPARE(tagCodes(restaged), (QList<int>{69, 9, 82, 1, 0}));
+    QCOMPARE(tagCodes(again), (QList<int>{69, 9, 82, 1, 0}));
+    QCOMPARE(ZBFlashMoviePlan::backgroundColor(again), QByteArray("\x40\x50\x60", 3));
+    QVERIFY(!ZBFlashMoviePlan::restage(restaged, stage, QByteArray("\x01", 1)));
 }
 
 void TestZBFlashMoviePlan::flashVideoCodecs()
 {
-    QFETCH(QString, container);
-    QFETCH(QString, video);
-    QFETCH(QString, audio);
-    QFETCH(bool, flash);
-    QCOMPARE(ZBFlashVideoSupport::flashEngineDecodes(ZBMediaProbe::Streams{container, video, audio}), flash);
+    // Container, video and audio codec as the probe names them, and whether
+    // the Flash engine takes the stream.
+    const std::tuple<const char *, const char *, const char *, bool> streams[] = {
+        {"flv", "flv1", "mp3", true},  {"flv", "vp6a", "", true},     {"flv", "", "nellymoser", true},
+        {"flv", "h264", "mp3", false}, {"flv", "flv1", "aac", false}, {"mov,mp4,m4a,3gp,3g2,mj2", "vp6f", "mp3", false},
+        {"flv", "", "", false}};
+    for (const auto &[container, video, audio, flash] : streams)
+        QVERIFY2(ZBFlashVideoSupport::flashEngineDecodes({container, video, audio}) == flash, video);
 }
 
 QTEST_GUILESS_MAIN(TestZBFlashMoviePlan)
