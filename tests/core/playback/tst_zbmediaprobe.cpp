@@ -1,10 +1,10 @@
 #include <atomic>
 #include <sys/stat.h>
 
-#include <QDataStream>
 #include <QDir>
 #include <QFile>
 #include <QHash>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThreadPool>
@@ -19,22 +19,6 @@ namespace
 double secondsFor(const QString &extension)
 {
     return nvktest::MediaFactory::formats().indexOf(extension) % 2 ? 3.0 : 2.0;
-}
-
-// 16-bit mono PCM at 8 kHz in a WAV file: audio only, nothing to encode.
-QByteArray wave(int seconds)
-{
-    const quint32 dataSize = 16000 * quint32(seconds);
-    QByteArray out;
-    QDataStream stream(&out, QIODevice::WriteOnly);
-    stream.setByteOrder(QDataStream::LittleEndian);
-    stream.writeRawData("RIFF", 4);
-    stream << quint32(36 + dataSize);
-    stream.writeRawData("WAVEfmt ", 8);
-    stream << quint32(16) << quint16(1) << quint16(1) << quint32(8000) << quint32(16000) << quint16(2) << quint16(16);
-    stream.writeRawData("data", 4);
-    stream << dataSize;
-    return out + QByteArray(dataSize, '\0');
 }
 
 QByteArray readFile(const QString &path)
@@ -148,8 +132,9 @@ void TestZBMediaProbe::otherFiles_data()
         avi.replace(at, 4, "QQZ9");
     const QString unknownCodec = m_dir.filePath("unknown-codec.avi");
     QVERIFY(avi.contains("QQZ9") && writeFile(unknownCodec, avi));
+    // Audio only: a 2-second tone, mono at 8 kHz.
     const QString tone = m_dir.filePath("tone.wav");
-    QVERIFY(writeFile(tone, wave(2)));
+    QCOMPARE(QProcess::execute("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "sine=sample_rate=8000:d=2", tone}), 0);
     const QString fifo = m_dir.filePath("pipe.mp4");
     QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     QVERIFY(writeFile(m_dir.filePath("empty.avi"), {}) && writeFile(m_dir.filePath("notes.mkv"), "just words\n"));
