@@ -174,8 +174,7 @@ void TestZBFlashView::framesAdvancePauseAndGo()
     QElapsedTimer clock;
     clock.start();
     QTest::qWait(1500);
-    const int last = m_view->currentFrame();
-    const double rate = (last - first) * 1000.0 / clock.elapsed();
+    const double rate = (m_view->currentFrame() - first) * 1000.0 / clock.elapsed();
     // A frame or two either way at the ends of the interval, no more.
     QVERIFY2(rate > 20 && rate < 28, qPrintable(QStringLiteral("measured %1 frames/s").arg(rate)));
     QVERIFY(m_view->isPlaying());
@@ -225,21 +224,13 @@ void TestZBFlashView::fsCommandsReachTheProgram()
 
 void TestZBFlashView::damagedMoviesAreRefused_data()
 {
+    // Which damage is refused is the movie plan's business; here, how a
+    // refusal reaches the view and the engine.
     QTest::addColumn<QByteArray>("bytes");
     CounterMovieOptions options;
-    options.frameCount = 30;
-    const QByteArray whole = nvktest::makeCounterMovie(options);
-    QTest::newRow("cut before End") << whole.chopped(2);
     options.compression = Compression::Zlib;
-    const QByteArray deflated = nvktest::makeCounterMovie(options);
-    QTest::newRow("deflated, cut") << deflated.left(deflated.size() - 40);
-    options.version = 10;
-    options.compression = Compression::None;
-    options.actionScript3 = true;
-    const QByteArray as3 = nvktest::makeCounterMovie(options);
-    QTest::newRow("AS3, cut") << as3.left(as3.size() - 40);
+    QTest::newRow("deflated, cut") << nvktest::makeCounterMovie(options).chopped(40);
     QTest::newRow("not a movie") << QByteArray("GIF89a this is a picture, not a movie");
-    QTest::newRow("no frames") << SwfWriter().build();
 }
 
 void TestZBFlashView::damagedMoviesAreRefused()
@@ -258,9 +249,7 @@ void TestZBFlashView::damagedMoviesAreRefused()
     engine.load(path);
     QVERIFY(failed.wait(3000));
     QVERIFY(!failed.first().first().toString().isEmpty());
-    QVERIFY(engineLoaded.isEmpty());
-    QVERIFY(loaded.isEmpty());
-    QVERIFY(!engine.isLoaded());
+    QVERIFY(engineLoaded.isEmpty() && loaded.isEmpty() && !engine.isLoaded());
 }
 
 void TestZBFlashView::projectorsPlayTheirMovie()
@@ -378,8 +367,7 @@ void TestZBFlashView::missingEngineFilesAreReported()
     qputenv("NVK_FLASH_DIR", QFile::encodeName(empty.path()));
     ZBFlashView view;
     qunsetenv("NVK_FLASH_DIR");
-    CounterMovieOptions options;
-    const QByteArray movie = nvktest::makeCounterMovie(options);
+    const QByteArray movie = nvktest::makeCounterMovie();
     const QString path = writeMovie(QStringLiteral("fine.swf"), movie);
     QString error;
     QVERIFY(!view.loadMovie(movie, QUrl::fromLocalFile(path), QUrl::fromLocalFile(path), &error));
