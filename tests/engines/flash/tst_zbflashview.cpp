@@ -47,14 +47,16 @@ void addMovieKinds()
 // not waited out shows the old picture here, whatever the machine's speed.
 QByteArray movingShapeMovie(int version, Compression compression, bool as3)
 {
+    constexpr int DefineShapeTag = 2;
+    constexpr int PlaceObject2Tag = 26;
     SwfWriter writer;
     writer.setVersion(version).setStageSize(200, 150).setFrameRate(4).setFileAttributes(version >= 8, as3);
-    writer.addTag(SwfWriter::DefineShapeTag, SwfWriter::rectangleShape(1, 0, 200, 0, 200, 255, 0, 0));
+    writer.addTag(DefineShapeTag, SwfWriter::rectangleShape(1, 200, 200, 255, 0, 0));
     for (int frame = 0; frame < 30; ++frame)
     {
-        const qint32 x = (5 + 6 * frame) * 20;
-        writer.addTag(SwfWriter::PlaceObject2Tag,
-                      frame == 0 ? SwfWriter::placeObject2(1, 1, x, 70 * 20) : SwfWriter::moveObject2(1, x, 70 * 20));
+        const QPoint at((5 + 6 * frame) * 20, 70 * 20);
+        writer.addTag(PlaceObject2Tag,
+                      frame == 0 ? SwfWriter::placeObject2(1, 1, at, false) : SwfWriter::placeObject2(1, {}, at, true));
         writer.showFrame();
     }
     return writer.build(compression);
