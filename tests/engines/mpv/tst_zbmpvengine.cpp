@@ -70,7 +70,7 @@ private:
         QSignalSpy loaded(&engine, &ZBPlaybackEngine::loaded);
         QSignalSpy failed(&engine, &ZBPlaybackEngine::loadFailed);
         engine.load(path);
-        QTest::qWaitFor([&]() { return !loaded.isEmpty() || !failed.isEmpty(); }, LoadTimeoutMs);
+        (void)QTest::qWaitFor([&]() { return !loaded.isEmpty() || !failed.isEmpty(); }, LoadTimeoutMs);
         if (!failed.isEmpty())
             qWarning() << "load failed:" << failed.first().first().toString();
         return loaded.size() == 1 && failed.isEmpty();

@@ -97,7 +97,7 @@ void TestZBLibraryPane::init()
     m_settings = ZBSettings();
     m_ui = ScriptedLibraryUi();
     m_playback = std::make_unique<ZBPlaybackController>(m_library.get(), &m_settings, nullptr);
-    for (const QString &name : {"delta", "alpha", "charlie", "bravo", "echo"})
+    for (const QString &name : QStringList{"delta", "alpha", "charlie", "bravo", "echo"})
     {
         const QString type = name == u"echo" ? QStringLiteral("mkv") : QStringLiteral("mp4");
         QFile file(m_dir->filePath(name + u'.' + type));
