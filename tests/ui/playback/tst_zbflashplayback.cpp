@@ -21,14 +21,22 @@ namespace
 {
 bool writeMovie(const QString &path, int frames, Ending ending = Ending::Loop)
 {
+    nvktest::CounterMovieOptions options;
+    options.frameCount = frames;
+    options.ending = ending;
     QFile file(path);
     return QDir().mkpath(QFileInfo(path).absolutePath()) && file.open(QIODevice::WriteOnly) &&
-           file.write(nvktest::makeCounterMovie({.frameCount = frames, .ending = ending})) > 0;
+           file.write(nvktest::makeCounterMovie(options)) > 0;
 }
 
 // One test's library and controller on the shared view, built fresh for each.
 struct Rig
 {
+    explicit Rig(ZBFlashView *shared)
+        : view(shared)
+    {
+    }
+
     ZBFlashView *view;
     nvktest::DataDir dir;
     ZBLibraryController library;
@@ -79,7 +87,7 @@ void TestZBFlashPlayback::initTestCase()
 void TestZBFlashPlayback::init()
 {
     m_rig.reset();
-    m_rig.reset(new Rig{m_view.get()});
+    m_rig.reset(new Rig(m_view.get()));
     QVERIFY(m_rig->library.openStore(m_rig->dir.path()).ok);
     m_rig->library.initLibrary();
     m_rig->controller.setEngine(ZBPlaybackEngine::FlashMovie, &m_rig->engine);
