@@ -174,9 +174,9 @@
         if (!movie || !movie.loaded || !player)
             return;
         const p = movie.prefix;
-        if (movie.goto)
-            checkGoto();
         try {
+            if (movie.goto)
+                checkGoto();
             if (movie.mode === "frames") {
                 const frame = Number(player[p + "currentFrame"]());
                 const total = Number(player[p + "totalFrames"]());

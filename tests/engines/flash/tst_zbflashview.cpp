@@ -177,8 +177,10 @@ void TestZBFlashView::framesAdvancePauseAndGo()
     clock.start();
     QTest::qWait(1500);
     const double rate = (m_view->currentFrame() - first) * 1000.0 / clock.elapsed();
-    // A frame or two either way at the ends of the interval, no more.
-    QVERIFY2(rate > 20 && rate < 28, qPrintable(QStringLiteral("measured %1 frames/s").arg(rate)));
+    // A frame or two either way at the ends of the interval, and the frames
+    // the engine runs to catch up after the machine stalled it; still never
+    // the page's own 60 Hz, nor a stock 12 or 30 frames a second.
+    QVERIFY2(rate > 18 && rate < 30, qPrintable(QStringLiteral("measured %1 frames/s").arg(rate)));
     QVERIFY(m_view->isPlaying());
 
     m_view->stop();
