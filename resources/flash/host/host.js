@@ -137,10 +137,9 @@
     // So the engine runs (the timeline stays where the goto put it) until one
     // tick has passed since the goto, two animation frames more put that
     // picture on screen, and only then is the goto reported as shown.
-    function awaitGotoShown(frame, sequence) {
+    function awaitGotoShown(sequence) {
         const rate = Number((player.metadata || {}).frameRate) || 12;
         movie.goto = {
-            frame: frame,
             sequence: sequence,
             ticks: Number(call("ticks")),
             drawn: false,
@@ -165,7 +164,7 @@
             if (movie.paused)
                 player.pause();
             const shown = Number(call("currentFrame"));
-            send("frameShown", gen, pending.sequence, pending.frame, shown, ticked);
+            send("frameShown", gen, pending.sequence, shown, ticked);
         });
     }
 
@@ -346,7 +345,7 @@
             } else {
                 movie.heldByGoto = true;
             }
-            awaitGotoShown(frame, sequence);
+            awaitGotoShown(sequence);
         },
         seek: function (time) {
             call("seek", time);

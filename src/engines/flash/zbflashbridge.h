@@ -26,11 +26,11 @@ public Q_SLOTS:
     {
         Q_EMIT frameStateReceived(generation, frame, totalFrames, playing);
     }
-    // The engine has drawn frame `shown` after goto number `sequence` asked for
-    // `requested`; `drawn` is false when it ran no frame tick in time.
-    void frameShown(int generation, int sequence, int requested, int shown, bool drawn)
+    // The engine has drawn frame `shown` after goto number `sequence`;
+    // `drawn` is false when it ran no frame tick in time.
+    void frameShown(int generation, int sequence, int shown, bool drawn)
     {
-        Q_EMIT frameShownReceived(generation, sequence, requested, shown, drawn);
+        Q_EMIT frameShownReceived(generation, sequence, shown, drawn);
     }
     void timeState(int generation, double time, double duration, double width, double height, bool playing)
     {
@@ -49,7 +49,7 @@ Q_SIGNALS:
     void firstFrameShownReceived(int generation);
     void loadFailedReceived(int generation, const QString &reason);
     void frameStateReceived(int generation, int frame, int totalFrames, bool playing);
-    void frameShownReceived(int generation, int sequence, int requested, int shown, bool drawn);
+    void frameShownReceived(int generation, int sequence, int shown, bool drawn);
     void timeStateReceived(int generation, double time, double duration, double width, double height, bool playing);
     void fsCommandReceived(int generation, const QString &command, const QString &arguments);
     void zoomChangedReceived(double percent);

@@ -174,7 +174,7 @@ ZBFlashView::ZBFlashView(QWidget *parent)
                 Q_EMIT stateChanged();
             });
     connect(m_bridge, &ZBFlashBridge::frameShownReceived, this,
-            [this](int generation, int sequence, int, int shown, bool drawn) {
+            [this](int generation, int sequence, int shown, bool drawn) {
                 if (generation != m_generation || !m_loaded || sequence != m_gotoSequence)
                     return;
                 m_gotoShownSequence = sequence;
