@@ -352,6 +352,10 @@
         <translation>Preview – Norvik Player</translation>
     </message>
     <message>
+        <source>aboutVersion</source>
+        <translation>Version %1</translation>
+    </message>
+    <message>
         <source>hudWindowTitle</source>
         <translation>Controls</translation>
     </message>

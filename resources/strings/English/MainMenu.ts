@@ -204,6 +204,10 @@
         <translation>Fit</translation>
     </message>
     <message>
+        <source>MainMenu_Playback_Stretch</source>
+        <translation>Stretch</translation>
+    </message>
+    <message>
         <source>MainMenu_Playback_Original Size</source>
         <translation>Original Size</translation>
     </message>
@@ -216,12 +220,20 @@
         <translation>Show Browser</translation>
     </message>
     <message>
+        <source>MainMenu_View_Normal Mode</source>
+        <translation>Normal Mode</translation>
+    </message>
+    <message>
         <source>MainMenu_View_Detach Player</source>
         <translation>Detach Player</translation>
     </message>
     <message>
         <source>MainMenu_View_Enter Full Screen</source>
         <translation>Enter Full Screen</translation>
+    </message>
+    <message>
+        <source>MainMenu_View_Show Fullscreen Controls</source>
+        <translation>Show Fullscreen Controls</translation>
     </message>
     <message>
         <source>MainMenu_View_Show Additional Controls</source>

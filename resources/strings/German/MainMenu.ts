@@ -204,6 +204,10 @@
         <translation>Einpassen</translation>
     </message>
     <message>
+        <source>MainMenu_Playback_Stretch</source>
+        <translation>Strecken</translation>
+    </message>
+    <message>
         <source>MainMenu_Playback_Original Size</source>
         <translation>Originalgröße</translation>
     </message>
@@ -216,12 +220,20 @@
         <translation>Browser anzeigen</translation>
     </message>
     <message>
+        <source>MainMenu_View_Normal Mode</source>
+        <translation>Normalansicht</translation>
+    </message>
+    <message>
         <source>MainMenu_View_Detach Player</source>
         <translation>Player abkoppeln</translation>
     </message>
     <message>
         <source>MainMenu_View_Enter Full Screen</source>
         <translation>Vollbild</translation>
+    </message>
+    <message>
+        <source>MainMenu_View_Show Fullscreen Controls</source>
+        <translation>Steuerung im Vollbild zeigen</translation>
     </message>
     <message>
         <source>MainMenu_View_Show Additional Controls</source>

@@ -12,9 +12,9 @@ ZBMenuEntry separator()
     return ZBMenuEntry{};
 }
 
-ZBMenuEntry menu(const QString &title, const QList<ZBMenuEntry> &children)
+ZBMenuEntry menu(const QString &title, const QList<ZBMenuEntry> &children, int tag = 0)
 {
-    return ZBMenuEntry{title, children, 0};
+    return ZBMenuEntry{title, children, tag};
 }
 } // namespace
 
@@ -103,6 +103,7 @@ QList<ZBMenuEntry> ZBMainMenuDefinition::mainMenu()
                  item(QStringLiteral("Screenshot Series"), 406),
                  separator(),
                  item(QStringLiteral("Fit")),
+                 item(QStringLiteral("Stretch")),
                  item(QStringLiteral("Original Size"), 403),
              }),
         menu(QStringLiteral("View"),
@@ -111,10 +112,12 @@ QList<ZBMenuEntry> ZBMainMenuDefinition::mainMenu()
                  // what choosing them will do.
                  item(QStringLiteral("Show Browser"), 301),
                  separator(),
+                 item(QStringLiteral("Normal Mode"), 303),
                  item(QStringLiteral("Detach Player"), 304),
                  item(QStringLiteral("Enter Full Screen"), 305),
+                 item(QStringLiteral("Show Fullscreen Controls"), 308),
                  item(QStringLiteral("Show Additional Controls"), 306),
-                 item(QStringLiteral("Always on Top")),
+                 item(QStringLiteral("Always on Top"), 307),
                  separator(),
                  item(QStringLiteral("Show Page Resources"), 310),
                  item(QStringLiteral("Show Source List"), 311),

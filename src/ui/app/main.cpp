@@ -45,6 +45,7 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
     QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NVK_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("norvikplayer"));
     // The video engine refuses to start under locales with a decimal comma.
     std::setlocale(LC_NUMERIC, "C");

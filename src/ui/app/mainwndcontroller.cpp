@@ -9,6 +9,9 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QKeyEvent>
+#include <QTimer>
+#include <QToolButton>
 #include <QMimeData>
 #include <QDir>
 #include <QFileDialog>
@@ -35,7 +38,15 @@
 #include "playback/zbmediatypes.h"
 #include "playback/zbprojector.h"
 #include "settings/zbsettings.h"
+#include "app/zbcommandvalidation.h"
+#include "app/zbcontentlayout.h"
+#include "library/zblibrarytree.h"
+#include "ui/app/zbdetachedwindow.h"
+#include "ui/app/zbfullscreenwindow.h"
 #include "ui/app/zbmainmenubuilder.h"
+#include "ui/app/zbmainwindowlayout.h"
+#include "ui/app/zbmenuvalidator.h"
+#include "ui/app/zbwindowmodes.h"
 #include "ui/app/zbmprisservice.h"
 #include "ui/library/zblibrarydialogs.h"
 #include "ui/library/zblibrarypane.h"
@@ -62,6 +73,9 @@ MainWndController::~MainWndController()
 {
     // The library pane talks to the playback controller, and the controller
     // stops the engines it drives: each must go before what it uses.
+    qApp->removeEventFilter(this);
+    m_validator.reset();
+    m_windowModes.reset();
     m_mpris.reset();
     m_pane.reset();
     m_playback.reset();
@@ -79,12 +93,21 @@ bool MainWndController::start()
 
     buildPlayerWindow();
     buildMainMenu();
-    m_window->setWindowTitle(ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")));
     const QByteArray frame = m_settings->windowFrame(ZBSettings::mainWindowFrameName());
     if (!frame.isEmpty())
         m_window->restoreGeometry(frame);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWndController::saveUserDefaults);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this]() {
+        // Frames are kept as normal mode has them.
+        m_windowModes->switchToNormalMode();
+        saveUserDefaults();
+    });
+    // Without the web page yet, the address pane starts folded away.
+    m_layout->setCollapsed(ZBMainWindowLayout::UrlPane, true);
+    setMode();
     m_window->show();
+    m_windowModes->modes().setOnTopMode();
+    displayModeChanged();
+    m_validator->validateAll();
     // The desktop's player controls and media keys, when there is a session
     // bus to offer them on.
     if (QDBusConnection::sessionBus().isConnected())
@@ -113,6 +136,7 @@ bool MainWndController::start()
 void MainWndController::saveUserDefaults()
 {
     m_settings->setWindowFrame(ZBSettings::mainWindowFrameName(), m_window->saveGeometry());
+    m_windowModes->saveDetachedFrame();
     const std::unique_ptr<QSettings> store = ZBSettings::openStore();
     m_settings->saveUserDefaults(*store);
 }
@@ -169,9 +193,7 @@ void MainWndController::buildPlayerWindow()
     connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, m_trackModel,
             &ZBTrackListModel::setPlayingItem);
     connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this, [this](ZBItem *item) {
-        m_window->setWindowTitle(
-            item ? ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitlePlaying")).arg(item->Name())
-                 : ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")));
+        windowTitleChanged();
         if (const int row = m_trackModel->rowOf(item); row >= 0)
             m_trackTable->scrollTo(m_trackModel->index(row, 0));
     });
@@ -180,35 +202,39 @@ void MainWndController::buildPlayerWindow()
     m_window->setAcceptDrops(true);
     m_window->installEventFilter(this);
 
-    // The source list at the side; on the right the player above the search
-    // field and the track table.
-    auto *tracks = new QWidget;
-    auto *tracksLayout = new QVBoxLayout(tracks);
-    tracksLayout->setContentsMargins(0, 4, 0, 0);
-    tracksLayout->setSpacing(4);
-    tracksLayout->addWidget(m_pane->searchField());
-    tracksLayout->addWidget(m_pane->trackTable());
-    auto *right = new QSplitter(Qt::Vertical);
-    right->addWidget(m_playerPanel);
-    right->addWidget(tracks);
-    right->setStretchFactor(0, 3);
-    right->setStretchFactor(1, 2);
-    auto *main = new QSplitter(Qt::Horizontal);
-    main->setObjectName(QStringLiteral("MainSplitter"));
-    main->addWidget(m_pane->sourceList());
-    main->addWidget(right);
-    main->setStretchFactor(0, 0);
-    main->setStretchFactor(1, 1);
-    main->setSizes({200, 824});
-    m_window->setCentralWidget(main);
+    m_layout = new ZBMainWindowLayout(m_window.get(), m_playerPanel, m_pane->sourceList(), m_pane->searchField(),
+                                      m_pane->trackTable(), this);
+    connect(m_pane.get(), &ZBLibraryPane::selectedListChanged, this, &MainWndController::selectedListChanged);
+    buildWindowModes();
     addShortcuts();
 }
 
 bool MainWndController::eventFilter(QObject *watched, QEvent *event)
 {
+    // Escape is seen once, at the window it arrives at, before any widget
+    // takes it, and still goes on to the widget.
+    if (event->type() == QEvent::KeyPress && watched->isWindowType()
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && !QApplication::activeModalWidget())
+    {
+        escapeKeyPressed();
+        return false;
+    }
+    if (watched == m_playerPanel->screen() && event->type() == QEvent::MouseButtonDblClick)
+    {
+        m_windowModes->switchToFullscreenMode();
+        return true;
+    }
     if (watched != m_window.get())
         return QObject::eventFilter(watched, event);
     const auto localFiles = &ZBLibraryTreeModel::localFiles;
+    if (event->type() == QEvent::Close && m_windowModes->displayMode() == ZBViewModes::Detached)
+    {
+        // The picture plays on in its own window; the main window comes back
+        // with the detached window's close button or another start.
+        m_window->hide();
+        event->ignore();
+        return true;
+    }
     if (event->type() == QEvent::Close && !applicationShouldTerminate())
     {
         // Closing the window quits, and is held back the same way.
@@ -579,6 +605,31 @@ void MainWndController::buildMainMenu()
         {QStringLiteral("Playback/Volume Up"), [this]() { m_playback->volumeUp(); }},
         {QStringLiteral("Playback/Volume Down"), [this]() { m_playback->volumeDown(); }},
         {QStringLiteral("Playback/Mute"), [this]() { m_playback->mute(); }},
+        {QStringLiteral("NorvikPlayer/About Norvik Player"), [this]() { showAbout(); }},
+        {QStringLiteral("View/Show Browser"), [this]() { switchMode(); }},
+        {QStringLiteral("View/Normal Mode"), [this]() { m_windowModes->switchToNormalMode(); }},
+        {QStringLiteral("View/Detach Player"), [this]() { m_windowModes->modes().showOrHidedetachedWindow(); }},
+        {QStringLiteral("View/Enter Full Screen"), [this]() { m_windowModes->switchToFullscreenMode(); }},
+        {QStringLiteral("View/Show Fullscreen Controls"),
+         [this]() {
+             if (ZBFullscreenControlsWindow *controls = m_windowModes->fullscreenControls())
+                 controls->setControlsShown(!controls->controlsShown());
+         }},
+        {QStringLiteral("View/Always on Top"),
+         [this]() {
+             m_windowModes->modes().alwaysOnTopButtonClick();
+             displayModeChanged();
+         }},
+        {QStringLiteral("View/Show Page Resources"), [this]() { m_layout->toggle(ZBMainWindowLayout::UrlPane); }},
+        {QStringLiteral("View/Show Source List"), [this]() { m_layout->toggle(ZBMainWindowLayout::TreePane); }},
+        {QStringLiteral("View/Show Track List"), [this]() { m_layout->toggle(ZBMainWindowLayout::ListPane); }},
+        {QStringLiteral("Window/Main Window"), [this]() { raiseWindow(); }},
+        {QStringLiteral("Window/Minimize"), [this]() { m_window->showMinimized(); }},
+        {QStringLiteral("File/Close Window"),
+         [this]() {
+             if (QWidget *window = QApplication::activeWindow())
+                 window->close();
+         }},
     };
     QMenuBar *bar = m_window->menuBar();
     const QHash<QString, QAction *> actions = ZBMainMenuBuilder::build(bar, ZBMainMenuDefinition::mainMenu(), commands);
@@ -597,6 +648,19 @@ void MainWndController::buildMainMenu()
     shortcut("Edit/Select All", QKeySequence::SelectAll);
     shortcut("Track/Get Info", QKeySequence(Qt::CTRL | Qt::Key_I));
     shortcut("Track/Show in File Manager", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
+    shortcut("View/Enter Full Screen", QKeySequence(Qt::Key_F11));
+    shortcut("View/Detach Player", QKeySequence(Qt::CTRL | Qt::Key_D));
+    shortcut("View/Show Browser", QKeySequence(Qt::CTRL | Qt::Key_B));
+    shortcut("View/Always on Top", QKeySequence(Qt::CTRL | Qt::Key_T));
+    shortcut("NorvikPlayer/Preferences…", QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    shortcut("Playback/Screenshot", QKeySequence(Qt::SHIFT | Qt::Key_S));
+    shortcut("Window/Minimize", QKeySequence(Qt::CTRL | Qt::Key_M));
+    // The window's keys must work in the detached and fullscreen windows too.
+    for (QAction *action : actions)
+    {
+        if (!action->shortcut().isEmpty())
+            action->setShortcutContext(Qt::ApplicationShortcut);
+    }
 
     // The optional columns of the track table, shown or hidden from here as
     // well as from the header's own menu.
@@ -636,6 +700,18 @@ void MainWndController::buildMainMenu()
 
     // Retitle once: the keys are built from the English titles just added.
     ZBMenuLocalizer::localizeMainMenuBar(bar);
+
+    m_validator = std::make_unique<ZBMenuValidator>(bar, [this]() { return commandState(); });
+    for (auto it = actions.cbegin(); it != actions.cend(); ++it)
+    {
+        if (commands.contains(it.key()))
+            m_validator->addAction(it.value());
+    }
+    const auto revalidate = [this]() { m_validator->scheduleValidation(); };
+    connect(m_playback.get(), &ZBPlaybackController::playingStateChanged, this, revalidate);
+    connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this, revalidate);
+    connect(m_playback.get(), &ZBPlaybackController::volumeChanged, this, revalidate);
+    connect(m_trackTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, revalidate);
 }
 
 void MainWndController::addToLibrary()
@@ -707,4 +783,201 @@ bool MainWndController::openLibrary()
                                  .arg(opened.quarantinedPath, opened.error));
     }
     return true;
+}
+
+void MainWndController::buildWindowModes()
+{
+    m_windowModes = std::make_unique<ZBWindowModes>(m_window.get(), m_playerPanel, m_layout->playerPane(),
+                                                    m_layout->columnSplitter(), m_playback.get(), m_settings.get());
+    connect(m_windowModes.get(), &ZBWindowModes::displayModeChanged, this, &MainWndController::displayModeChanged);
+    connect(m_windowModes.get(), &ZBWindowModes::listPaneButtonEnabled, m_layout->paneButton(ZBMainWindowLayout::ListPane),
+            &QWidget::setEnabled);
+    connect(m_layout->detachButton(), &QToolButton::clicked, this,
+            [this]() { m_windowModes->modes().showOrHidedetachedWindow(); });
+    connect(m_layout->fullscreenButton(), &QToolButton::clicked, this,
+            [this]() { m_windowModes->switchToFullscreenMode(); });
+    connect(m_layout->onTopButton(), &QToolButton::clicked, this, [this]() {
+        m_windowModes->modes().alwaysOnTopButtonClick();
+        displayModeChanged();
+    });
+    connect(m_layout->switchModeButton(), &QToolButton::clicked, this, &MainWndController::switchMode);
+    connect(m_layout, &ZBMainWindowLayout::paneToggled, this, [this]() {
+        if (m_validator)
+            m_validator->scheduleValidation();
+    });
+    // A double-click on the picture toggles fullscreen wherever it is.
+    m_playerPanel->screen()->installEventFilter(this);
+    connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this,
+            [this]() { m_windowModes->setDetachedWindowMinimalSize(); });
+    // The player never stays fullscreen behind another program's window. The
+    // check waits a moment: focus passes through "no window" while the
+    // fullscreen window itself comes up.
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state == Qt::ApplicationActive || m_windowModes->displayMode() != ZBViewModes::Fullscreen)
+            return;
+        QTimer::singleShot(400, this, [this]() {
+            if (QGuiApplication::applicationState() != Qt::ApplicationActive)
+                m_windowModes->fsExitButtonClick();
+        });
+    });
+    qApp->installEventFilter(this);
+}
+
+int MainWndController::mode() const
+{
+    return m_browsingMode >= 0 ? m_browsingMode : m_pane->mode();
+}
+
+void MainWndController::selectedListChanged(const QString &playlistUUID)
+{
+    const ZBPlaylist *playlist = m_library->getPlaylistsFromLibraryByUUID(playlistUUID);
+    const bool browsing = playlist && playlist->Name() == u"NowBrowsing";
+    const int before = mode();
+    m_browsingMode = browsing ? (m_browsingMode == 3 ? 3 : 0) : -1;
+    if (mode() != before)
+        setMode();
+    if (m_validator)
+        m_validator->scheduleValidation();
+}
+
+void MainWndController::setMode()
+{
+    const int content = mode();
+    const ZBContentLayout layout = ZBContentLayout::forMode(content, m_settings->option_mustShowUrlPaneInPlaylistMode,
+                                                            m_playback->playingItem() != nullptr);
+    if (layout.closeDetachedAndHUD)
+    {
+        // The page takes the player's place: the picture comes home first.
+        if (m_windowModes->displayMode() == ZBViewModes::Detached)
+            m_windowModes->switchToNormalMode();
+    }
+    if (layout.stopPlayback && m_playback->playingItem())
+        m_playback->stopPlayback();
+    m_layout->applyContentLayout(layout);
+    windowTitleChanged();
+    if (m_validator)
+        m_validator->scheduleValidation();
+}
+
+void MainWndController::switchMode()
+{
+    if (ZBContentLayout::isLibraryContent(mode()))
+    {
+        const QModelIndex downloads = m_pane->treeModel()->rootIndex(ZBLibraryTree::DownloadsRoot);
+        const QModelIndex first = m_pane->treeModel()->index(0, 0, downloads);
+        if (first.isValid())
+        {
+            m_pane->sourceList()->expand(downloads);
+            m_pane->sourceList()->setCurrentIndex(first);
+        }
+        if (m_browsingMode < 0)
+        {
+            m_browsingMode = 0;
+            setMode();
+        }
+        return;
+    }
+    m_browsingMode = -1;
+    m_pane->selectList(m_library->allTracksUUID());
+    setMode();
+}
+
+void MainWndController::windowTitleChanged()
+{
+    const ZBItem *item = m_playback->playingItem();
+    const ZBContentLayout layout =
+        ZBContentLayout::forMode(mode(), m_settings->option_mustShowUrlPaneInPlaylistMode, item != nullptr);
+    QString title = ZBLocalizer::localizedStringForKey(layout.titleKey);
+    if (item && layout.titleKey == u"mainWindowTitlePlaying")
+        title = title.arg(item->Name());
+    m_window->setWindowTitle(title);
+    if (m_windowModes->detachedWindow())
+        m_windowModes->detachedWindow()->setWindowTitle(item ? item->Name() : title);
+}
+
+void MainWndController::displayModeChanged()
+{
+    const int display = m_windowModes->displayMode();
+    m_layout->detachButton()->setChecked(display == ZBViewModes::Detached);
+    m_layout->onTopButton()->setChecked(m_windowModes->modes().onTopMode() != ZBViewModes::OnTopOff);
+    if (m_mpris)
+        m_mpris->targetChanged();
+    if (m_validator)
+        m_validator->scheduleValidation();
+}
+
+bool MainWndController::isFullscreen() const
+{
+    return m_windowModes && m_windowModes->displayMode() == ZBViewModes::Fullscreen;
+}
+
+void MainWndController::fullscreenRequested(bool fullscreen)
+{
+    if (fullscreen == isFullscreen())
+        return;
+    if (fullscreen)
+        m_windowModes->switchToFullscreenMode();
+    else
+        m_windowModes->fsExitButtonClick();
+}
+
+ZBCommandState MainWndController::commandState() const
+{
+    ZBCommandState state;
+    state.mode = mode();
+    state.displayMode = m_windowModes->displayMode();
+    state.modalWindowOpen = QApplication::activeModalWidget() != nullptr;
+    state.urlPaneCollapsed = m_layout->isCollapsed(ZBMainWindowLayout::UrlPane);
+    state.treePaneCollapsed = m_layout->isCollapsed(ZBMainWindowLayout::TreePane);
+    state.listPaneCollapsed = m_layout->isCollapsed(ZBMainWindowLayout::ListPane);
+    if (const ZBPlaylist *source = m_library->getPlaylistsFromLibraryByUUID(m_pane->selectedListUUID()))
+    {
+        state.sourceSelected = true;
+        state.sourceName = source->Name();
+        state.sourceGroup = source->Group();
+        state.sourceIsSmart = source->isSmart();
+    }
+    const QModelIndexList rows =
+        m_trackTable->selectionModel() ? m_trackTable->selectionModel()->selectedRows() : QModelIndexList();
+    state.selectedTrackRow = rows.isEmpty() ? -1 : rows.first().row();
+    state.isPlaying = m_playback->isPlaying();
+    state.hasPlayingItem = m_playback->playingItem() != nullptr;
+    state.playbackStopped = m_playback->playingItem() == nullptr;
+    state.currentUsedView = state.hasPlayingItem ? m_playback->currentUsedView() : -1;
+    state.repeat = m_playback->repeat();
+    state.shuffle = m_playback->shuffle();
+    state.muted = m_playback->isMuted();
+    state.volume = m_playback->volume();
+    state.volumeBeforeMute = m_playback->volumeBeforeMute();
+    state.showTutorial = m_settings->showTutorial;
+    return state;
+}
+
+void MainWndController::escapeKeyPressed()
+{
+    // The information window closes itself on Escape, as dialogs do.
+    if (m_windowModes->displayMode() == ZBViewModes::Fullscreen)
+        m_windowModes->fsExitButtonClick();
+    else if (m_aboutWindow && m_aboutWindow->isVisible())
+        m_aboutWindow->close();
+}
+
+void MainWndController::showAbout()
+{
+    if (!m_aboutWindow)
+    {
+        auto *box = new QMessageBox(QMessageBox::NoIcon, ZBSettings::applicationName(), ZBSettings::applicationName(),
+                                    QMessageBox::Close, m_window.get());
+        box->setIconPixmap(QIcon::fromTheme(QStringLiteral("norvikplayer"), m_window->windowIcon()).pixmap(96, 96));
+        box->setInformativeText(QStringLiteral("%1 %2\n\n%3")
+                                    .arg(ZBLocalizer::localizedStringForKey(QStringLiteral("aboutVersion")),
+                                         QCoreApplication::applicationVersion(),
+                                         QStringLiteral("© Quillon Software")));
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setModal(false);
+        m_aboutWindow = box;
+    }
+    m_aboutWindow->show();
+    m_aboutWindow->raise();
+    m_aboutWindow->activateWindow();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
@@ -9,7 +10,11 @@
 class QMainWindow;
 class QMenuBar;
 class QTableView;
+struct ZBCommandState;
 class ZBLibraryController;
+class ZBMainWindowLayout;
+class ZBMenuValidator;
+class ZBWindowModes;
 class ZBLibraryDialogs;
 class ZBLibraryImporter;
 class ZBLibraryPane;
@@ -73,6 +78,23 @@ public:
     std::optional<Track> currentTrack() const override;
     double position() const override;
     int volume() const override;
+    bool isFullscreen() const override;
+    void fullscreenRequested(bool fullscreen) override;
+
+    // The content mode: 0 browsing a page's resources, 1 a library list, 2
+    // search results, 3 the preview of a captured Flash movie.
+    int mode() const;
+    // Lays the window out for the content mode.
+    void setMode();
+    // Between the library and the browser.
+    void switchMode();
+    ZBWindowModes *windowModes() const { return m_windowModes.get(); }
+    ZBMainWindowLayout *windowLayout() const { return m_layout; }
+    // What the menu commands' rules read, taken now.
+    ZBCommandState commandState() const;
+    // Escape closes the topmost thing that Escape closes, and nothing else.
+    void escapeKeyPressed();
+    void showAbout();
     // Whether quitting may go ahead: asks first while downloads run, unless
     // told never to.
     bool applicationShouldTerminate();
@@ -107,6 +129,10 @@ private:
     void saveAs();
     void buildPlayerWindow();
     void addShortcuts();
+    void buildWindowModes();
+    void selectedListChanged(const QString &playlistUUID);
+    void displayModeChanged();
+    void windowTitleChanged();
     void reloadTrackList();
     void playRow(int row);
     // The Flash view and its two engines, made on first need: the web engine
@@ -133,6 +159,13 @@ private:
     QString m_lastURL;
     std::unique_ptr<ZBMprisService> m_mpris;
     ZBPlayerPanel *m_playerPanel = nullptr;
+    ZBMainWindowLayout *m_layout = nullptr;
+    std::unique_ptr<ZBWindowModes> m_windowModes;
+    std::unique_ptr<ZBMenuValidator> m_validator;
+    // Browsing (0) or previewing (3) while a page is on show; -1 while the
+    // library is, whose list or search the pane knows.
+    int m_browsingMode = -1;
+    QPointer<QWidget> m_aboutWindow;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
 };

@@ -59,4 +59,8 @@ public:
     virtual double position() const = 0;
     // 0 to 100; 0 while muted.
     virtual int volume() const = 0;
+    // Whether the picture fills the screen, and the desktop's wish to change
+    // that.
+    virtual bool isFullscreen() const { return false; }
+    virtual void fullscreenRequested(bool fullscreen) { Q_UNUSED(fullscreen); }
 };

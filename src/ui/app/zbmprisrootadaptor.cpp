@@ -9,6 +9,16 @@ ZBMprisRootAdaptor::ZBMprisRootAdaptor(ZBMprisService *service)
 {
 }
 
+bool ZBMprisRootAdaptor::fullscreen() const
+{
+    return m_service->target()->isFullscreen();
+}
+
+void ZBMprisRootAdaptor::setFullscreen(bool fullscreen)
+{
+    m_service->target()->fullscreenRequested(fullscreen);
+}
+
 QString ZBMprisRootAdaptor::identity() const
 {
     return QStringLiteral("Norvik Player");

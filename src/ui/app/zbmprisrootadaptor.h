@@ -13,6 +13,8 @@ class ZBMprisRootAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(bool CanQuit READ canQuit)
     Q_PROPERTY(bool CanRaise READ canRaise)
     Q_PROPERTY(bool HasTrackList READ hasTrackList)
+    Q_PROPERTY(bool Fullscreen READ fullscreen WRITE setFullscreen)
+    Q_PROPERTY(bool CanSetFullscreen READ canSetFullscreen)
     Q_PROPERTY(QString Identity READ identity)
     Q_PROPERTY(QString DesktopEntry READ desktopEntry)
     Q_PROPERTY(QStringList SupportedUriSchemes READ supportedUriSchemes)
@@ -25,6 +27,9 @@ public:
     bool canRaise() const { return true; }
     // The play list is not offered to the desktop.
     bool hasTrackList() const { return false; }
+    bool fullscreen() const;
+    void setFullscreen(bool fullscreen);
+    bool canSetFullscreen() const { return true; }
     QString identity() const;
     QString desktopEntry() const;
     // What OpenUri accepts.

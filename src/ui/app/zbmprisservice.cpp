@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QMetaObject>
 
+#include "ui/app/zbmediakeytarget.h"
 #include "ui/app/zbmprisplayeradaptor.h"
 #include "ui/app/zbmprisrootadaptor.h"
 
@@ -69,15 +70,21 @@ void ZBMprisService::targetChanged()
         changed.insert(QStringLiteral("Metadata"), now.metadata);
     if (now.volume != m_announced.volume)
         changed.insert(QStringLiteral("Volume"), now.volume);
+    const bool fullscreenChanged = now.fullscreen != m_announced.fullscreen;
     m_announced = now;
-    if (changed.isEmpty() || m_serviceName.isEmpty())
+    if (m_serviceName.isEmpty())
         return;
-
-    QDBusMessage signal =
-        QDBusMessage::createSignal(QLatin1String(ObjectPath), QStringLiteral("org.freedesktop.DBus.Properties"),
-                                   QStringLiteral("PropertiesChanged"));
-    signal << QLatin1String(PlayerInterface) << changed << QStringList();
-    m_connection.send(signal);
+    const auto announce = [this](const char *interface, const QVariantMap &properties) {
+        QDBusMessage signal =
+            QDBusMessage::createSignal(QLatin1String(ObjectPath), QStringLiteral("org.freedesktop.DBus.Properties"),
+                                       QStringLiteral("PropertiesChanged"));
+        signal << QLatin1String(interface) << properties << QStringList();
+        m_connection.send(signal);
+    };
+    if (!changed.isEmpty())
+        announce(PlayerInterface, changed);
+    if (fullscreenChanged)
+        announce(RootInterface, {{QStringLiteral("Fullscreen"), now.fullscreen}});
 }
 
 void ZBMprisService::commandSentAsSignal(const QDBusMessage &message)
@@ -96,5 +103,5 @@ void ZBMprisService::commandSentAsSignal(const QDBusMessage &message)
 
 ZBMprisService::Snapshot ZBMprisService::snapshot() const
 {
-    return Snapshot{m_player->playbackStatus(), m_player->metadata(), m_player->volume()};
+    return Snapshot{m_player->playbackStatus(), m_player->metadata(), m_player->volume(), m_target->isFullscreen()};
 }

@@ -38,8 +38,8 @@ public:
 
     ZBMediaKeyTarget *target() const { return m_target; }
 
-    // The target calls this whenever its playing state, track or volume may
-    // have changed; listeners on the bus are told about what really did, in
+    // The target calls this whenever its playing state, track, volume or
+    // fullscreen may have changed; listeners on the bus are told about what really did, in
     // one PropertiesChanged signal.
     void targetChanged();
 
@@ -52,6 +52,7 @@ private:
         QString playbackStatus;
         QVariantMap metadata;
         double volume = 0;
+        bool fullscreen = false;
     };
 
     Snapshot snapshot() const;

@@ -76,6 +76,10 @@ public:
     void mute();
     int volume() const { return m_volume; }
     bool isMuted() const { return m_muted; }
+    // The volume muting took away.
+    int volumeBeforeMute() const { return m_rememberedVolume; }
+    // Stopped by the user (or nothing started yet), as opposed to paused.
+    bool isStopped() const { return m_stopped; }
 
     void setTrack(ZBItem *item, bool valid);
     // A track deleted from the library leaves the play list; if it plays,

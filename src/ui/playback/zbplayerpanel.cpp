@@ -15,7 +15,10 @@
 ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     : QWidget(parent)
     , m_controller(controller)
-    , m_views(new QStackedLayout)
+    , m_screen(new QWidget)
+    // Owned here until the window puts it in its top bar.
+    , m_transport(new QWidget(this))
+    , m_views(new QStackedLayout(m_screen))
     , m_logo(new ZBLogoView)
     , m_previous(new QPushButton)
     , m_play(new QPushButton)
@@ -50,7 +53,15 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     m_volume->setMaximumWidth(110);
     m_volume->setToolTip(QStringLiteral("Volume"));
 
-    auto *transport = new QHBoxLayout;
+    m_screen->setObjectName(QStringLiteral("PlayerScreen"));
+    m_screen->setAutoFillBackground(true);
+    QPalette black = m_screen->palette();
+    black.setColor(QPalette::Window, Qt::black);
+    m_screen->setPalette(black);
+    m_screen->setMinimumSize(160, 90);
+
+    auto *transport = new QHBoxLayout(m_transport);
+    transport->setContentsMargins(0, 0, 0, 0);
     transport->addWidget(m_previous);
     transport->addWidget(m_play);
     transport->addWidget(m_next);
@@ -63,8 +74,8 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addLayout(m_views, 1);
-    layout->addLayout(transport);
+    layout->addWidget(m_screen);
+    m_transport->hide();
 
     connect(m_play, &QPushButton::clicked, controller,
             [controller]() { controller->play_video(ZBPlaybackController::Sender::PlayButton); });
@@ -94,6 +105,14 @@ void ZBPlayerPanel::addEngineView(int engineCode, QWidget *view)
     if (m_views->indexOf(view) < 0)
         m_views->addWidget(view);
     m_engineViews.insert(engineCode, view);
+}
+
+void ZBPlayerPanel::takeScreenHome()
+{
+    if (m_screen->parentWidget() == this)
+        return;
+    layout()->addWidget(m_screen);
+    m_screen->show();
 }
 
 void ZBPlayerPanel::showLogo()

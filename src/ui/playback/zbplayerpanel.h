@@ -9,9 +9,12 @@ class QStackedLayout;
 class ZBLogoView;
 class ZBPlaybackController;
 
-// The player area: the engine's picture (or the logo when nothing plays) over
-// the transport row — previous, play/pause, next, the seek slider with its
-// time label, and the volume slider.
+// The player: the screen (the engine's picture, or the logo when nothing
+// plays) and the transport row — previous, play/pause, next, the seek slider
+// with its time label, and the volume slider. The panel itself is the main
+// window's player pane and holds the screen while the picture is at home;
+// the window modes move the screen into the detached and fullscreen windows
+// and back. The transport row lives in the main window's top bar.
 class ZBPlayerPanel : public QWidget
 {
     Q_OBJECT
@@ -23,6 +26,12 @@ public:
     void addEngineView(int engineCode, QWidget *view);
     void showLogo();
     void showEngine(int engineCode);
+
+    // The picture and the logo, as one widget that moves between windows.
+    QWidget *screen() const { return m_screen; }
+    // Puts the screen back into this pane.
+    void takeScreenHome();
+    QWidget *transportBar() const { return m_transport; }
 
     QPushButton *playButton() const { return m_play; }
     QPushButton *nextButton() const { return m_next; }
@@ -37,6 +46,8 @@ private:
     void updateTime(const QString &text, int value, int maximum);
 
     ZBPlaybackController *m_controller;
+    QWidget *m_screen;
+    QWidget *m_transport;
     QStackedLayout *m_views;
     ZBLogoView *m_logo;
     QHash<int, QWidget *> m_engineViews;
