@@ -1002,7 +1002,7 @@ The damaged file was kept unchanged as:
     </message>
     <message>
         <source>pluginWindowInfoText1</source>
-        <translation>Norvik Player uses these plug-ins to play Flash, Windows Media and Silverlight content. Missing plug-ins can be downloaded from their vendors.</translation>
+        <translation>Norvik Player plays media with these components. They are installed with the program; the versions below are the ones in use.</translation>
     </message>
     <message>
         <source>prefPluginsUpdate</source>
@@ -1015,6 +1015,30 @@ The damaged file was kept unchanged as:
     <message>
         <source>prefPluginsDownload</source>
         <translation>Download</translation>
+    </message>
+    <message>
+        <source>prefPluginsSilverlight</source>
+        <translation>Silverlight: cannot be played on Linux, as no Silverlight engine exists for it.</translation>
+    </message>
+    <message>
+        <source>prefCloseButton</source>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>prefGeneralResetMarked</source>
+        <translation>All warnings will be shown again.</translation>
+    </message>
+    <message>
+        <source>prefCaptureScreenshotFormat</source>
+        <translation>Screenshot format:</translation>
+    </message>
+    <message>
+        <source>prefCaptureFormatFallback</source>
+        <translation>%1 (not available here: PNG is written instead)</translation>
+    </message>
+    <message>
+        <source>prefUnknownValue</source>
+        <translation>Other value (%1)</translation>
     </message>
     <message>
         <source>menuPathOther</source>

@@ -1002,7 +1002,7 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
     </message>
     <message>
         <source>pluginWindowInfoText1</source>
-        <translation>Norvik Player verwendet diese Plug-ins, um Flash-, Windows-Media- und Silverlight-Inhalte abzuspielen. Fehlende Plug-ins können beim jeweiligen Hersteller heruntergeladen werden.</translation>
+        <translation>Norvik Player spielt Medien mit diesen Komponenten ab. Sie werden mit dem Programm installiert; unten stehen die verwendeten Versionen.</translation>
     </message>
     <message>
         <source>prefPluginsUpdate</source>
@@ -1015,6 +1015,30 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
     <message>
         <source>prefPluginsDownload</source>
         <translation>Herunterladen</translation>
+    </message>
+    <message>
+        <source>prefPluginsSilverlight</source>
+        <translation>Silverlight: kann unter Linux nicht abgespielt werden, da es dafür keine Silverlight-Engine gibt.</translation>
+    </message>
+    <message>
+        <source>prefCloseButton</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>prefGeneralResetMarked</source>
+        <translation>Alle Warnungen werden wieder angezeigt.</translation>
+    </message>
+    <message>
+        <source>prefCaptureScreenshotFormat</source>
+        <translation>Format der Bildschirmfotos:</translation>
+    </message>
+    <message>
+        <source>prefCaptureFormatFallback</source>
+        <translation>%1 (hier nicht verfügbar: stattdessen wird PNG geschrieben)</translation>
+    </message>
+    <message>
+        <source>prefUnknownValue</source>
+        <translation>Anderer Wert (%1)</translation>
     </message>
     <message>
         <source>menuPathOther</source>
