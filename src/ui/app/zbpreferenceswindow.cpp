@@ -104,7 +104,11 @@ ZBPreferencesWindow::ZBPreferencesWindow(QWidget *parent)
     for (const auto &pane : panes)
     {
         const int index = m_panes->addWidget((this->*pane.make)());
-        QAction *action = m_toolBar->addAction(paneIcon(pane.icon, pane.fallback, style()), text(pane.labelKey));
+        // "SWF & FLV": a toolbar button would take the ampersand for a mnemonic.
+        const QString title = text(pane.labelKey);
+        QAction *action = m_toolBar->addAction(paneIcon(pane.icon, pane.fallback, style()),
+                                               QString(title).replace(u'&', QLatin1String("&&")));
+        action->setData(title);
         action->setCheckable(true);
         m_paneActions->addAction(action);
         connect(action, &QAction::triggered, this, [this, index] { showPane(Pane(index)); });
@@ -560,7 +564,7 @@ void ZBPreferencesWindow::showPane(Pane pane)
         fillPluginsPane();
     m_panes->setCurrentIndex(pane);
     actions[pane]->setChecked(true);
-    setWindowTitle(actions[pane]->text());
+    setWindowTitle(actions[pane]->data().toString());
 }
 
 void ZBPreferencesWindow::showPreferencesWindow()
