@@ -46,6 +46,7 @@
 #include "ui/app/zbmainmenubuilder.h"
 #include "ui/app/zbmainwindowlayout.h"
 #include "ui/app/zbmenuvalidator.h"
+#include "ui/app/zbpreferenceswindow.h"
 #include "ui/app/zbwindowmodes.h"
 #include "ui/app/zbmprisservice.h"
 #include "ui/library/zblibrarydialogs.h"
@@ -97,6 +98,9 @@ bool MainWndController::start()
     if (!frame.isEmpty())
         m_window->restoreGeometry(frame);
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this]() {
+        // What the preferences show counts, even if the window is still up.
+        if (m_preferencesWindow && m_preferencesWindow->isVisible())
+            m_preferencesWindow->done(QDialog::Rejected);
         // Frames are kept as normal mode has them.
         m_windowModes->switchToNormalMode();
         saveUserDefaults();
@@ -606,6 +610,7 @@ void MainWndController::buildMainMenu()
         {QStringLiteral("Playback/Volume Down"), [this]() { m_playback->volumeDown(); }},
         {QStringLiteral("Playback/Mute"), [this]() { m_playback->mute(); }},
         {QStringLiteral("NorvikPlayer/About Norvik Player"), [this]() { showAbout(); }},
+        {QStringLiteral("NorvikPlayer/Preferences…"), [this]() { showPreferencesWindow(); }},
         {QStringLiteral("View/Show Browser"), [this]() { switchMode(); }},
         {QStringLiteral("View/Normal Mode"), [this]() { m_windowModes->switchToNormalMode(); }},
         {QStringLiteral("View/Detach Player"), [this]() { m_windowModes->modes().showOrHidedetachedWindow(); }},
@@ -980,4 +985,29 @@ void MainWndController::showAbout()
     m_aboutWindow->show();
     m_aboutWindow->raise();
     m_aboutWindow->activateWindow();
+}
+
+void MainWndController::showPreferencesWindow()
+{
+    if (!m_preferencesWindow)
+    {
+        m_preferencesWindow = new ZBPreferencesWindow(m_window.get());
+        connect(m_preferencesWindow, &ZBPreferencesWindow::preferencesWindowClose, this,
+                &MainWndController::closePreferencesWindow);
+    }
+    m_preferencesWindow->initWithOptions(*m_settings);
+    m_preferencesWindow->showPreferencesWindow();
+}
+
+void MainWndController::closePreferencesWindow()
+{
+    m_preferencesWindow->applyTo(*m_settings);
+    if (m_preferencesWindow->mustResetWarnings())
+        m_settings->resetDialogWarnings();
+    if (m_flashView)
+    {
+        m_flashView->setFlashQuality(m_settings->option_flashDefaultQuality);
+        m_flashView->setEnabledSecurity(m_settings->option_enableFlashLocalSecurity);
+    }
+    m_validator->scheduleValidation();
 }

@@ -14,6 +14,7 @@ struct ZBCommandState;
 class ZBLibraryController;
 class ZBMainWindowLayout;
 class ZBMenuValidator;
+class ZBPreferencesWindow;
 class ZBWindowModes;
 class ZBLibraryDialogs;
 class ZBLibraryImporter;
@@ -95,6 +96,9 @@ public:
     // Escape closes the topmost thing that Escape closes, and nothing else.
     void escapeKeyPressed();
     void showAbout();
+    void showPreferencesWindow();
+    // Takes every value the preferences window shows, however it was closed.
+    void closePreferencesWindow();
     // Whether quitting may go ahead: asks first while downloads run, unless
     // told never to.
     bool applicationShouldTerminate();
@@ -166,6 +170,7 @@ private:
     // library is, whose list or search the pane knows.
     int m_browsingMode = -1;
     QPointer<QWidget> m_aboutWindow;
+    ZBPreferencesWindow *m_preferencesWindow = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
 };
