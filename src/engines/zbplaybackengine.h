@@ -71,6 +71,23 @@ public:
     // A one-line description of the streams for the information window.
     virtual QString formatSummary() const { return QString(); }
 
+    // On: the picture fills the view with its proportions kept; off: it is
+    // stretched over the whole view. Engines that only keep proportions
+    // ignore it and always answer true.
+    virtual void setPreservesAspectRatio(bool preserves) { Q_UNUSED(preserves) }
+    virtual bool preservesAspectRatio() const { return true; }
+
+    // Engines that scale their content themselves (Flash) zoom, fit, show it
+    // at 100 % and let the user pan it; the others keep these defaults and
+    // size the picture to their view.
+    virtual bool canZoom() const { return false; }
+    virtual void setZoomPercent(int percent) { Q_UNUSED(percent) }
+    virtual int zoomPercent() const { return 100; }
+    virtual void setFitSize() {}
+    virtual void setOriginalSize() {}
+    virtual void setCanDrag(bool canDrag) { Q_UNUSED(canDrag) }
+    virtual bool canDrag() const { return false; }
+
 Q_SIGNALS:
     void loaded();
     void loadFailed(const QString &reason);
@@ -81,4 +98,7 @@ Q_SIGNALS:
     // A command the loaded content sends to its player (a Flash movie's
     // fscommand), with its arguments as one string.
     void fsCommand(const QString &command, const QString &arguments);
+    // The zoom the content is shown at changed: set, fitted or refitted to
+    // a resized view.
+    void zoomChanged(int percent);
 };

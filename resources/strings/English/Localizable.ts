@@ -312,6 +312,18 @@
         <translation>Show the picture at its original size</translation>
     </message>
     <message>
+        <source>tooltipButtonHUDStretch</source>
+        <translation>Stretch the picture to fill the window</translation>
+    </message>
+    <message>
+        <source>tooltipButtonHUDDrag</source>
+        <translation>Move a zoomed movie with the mouse</translation>
+    </message>
+    <message>
+        <source>tooltipButtonHUDZoom</source>
+        <translation>Zoom the movie</translation>
+    </message>
+    <message>
         <source>tooltipButtonShuffle</source>
         <translation>Shuffle on or off</translation>
     </message>
@@ -358,6 +370,30 @@
     <message>
         <source>hudWindowTitle</source>
         <translation>Controls</translation>
+    </message>
+    <message>
+        <source>hudButtonFit</source>
+        <translation>Fit</translation>
+    </message>
+    <message>
+        <source>hudButtonStretch</source>
+        <translation>Stretch</translation>
+    </message>
+    <message>
+        <source>hudButtonOneToOne</source>
+        <translation>1:1</translation>
+    </message>
+    <message>
+        <source>hudButtonDrag</source>
+        <translation>Drag</translation>
+    </message>
+    <message>
+        <source>hudButtonScreenshot</source>
+        <translation>Shot</translation>
+    </message>
+    <message>
+        <source>hudButtonSeries</source>
+        <translation>Series</translation>
     </message>
     <message>
         <source>SmartListWindow_Title</source>

@@ -312,6 +312,18 @@
         <translation>Bild in Originalgröße zeigen</translation>
     </message>
     <message>
+        <source>tooltipButtonHUDStretch</source>
+        <translation>Bild auf Fenstergröße strecken</translation>
+    </message>
+    <message>
+        <source>tooltipButtonHUDDrag</source>
+        <translation>Vergrößerten Film mit der Maus verschieben</translation>
+    </message>
+    <message>
+        <source>tooltipButtonHUDZoom</source>
+        <translation>Film vergrößern oder verkleinern</translation>
+    </message>
+    <message>
         <source>tooltipButtonShuffle</source>
         <translation>Zufallswiedergabe ein oder aus</translation>
     </message>
@@ -358,6 +370,30 @@
     <message>
         <source>hudWindowTitle</source>
         <translation>Steuerung</translation>
+    </message>
+    <message>
+        <source>hudButtonFit</source>
+        <translation>Einpassen</translation>
+    </message>
+    <message>
+        <source>hudButtonStretch</source>
+        <translation>Strecken</translation>
+    </message>
+    <message>
+        <source>hudButtonOneToOne</source>
+        <translation>1:1</translation>
+    </message>
+    <message>
+        <source>hudButtonDrag</source>
+        <translation>Ziehen</translation>
+    </message>
+    <message>
+        <source>hudButtonScreenshot</source>
+        <translation>Foto</translation>
+    </message>
+    <message>
+        <source>hudButtonSeries</source>
+        <translation>Serie</translation>
     </message>
     <message>
         <source>SmartListWindow_Title</source>

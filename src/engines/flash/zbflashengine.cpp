@@ -29,6 +29,10 @@ ZBFlashEngine::ZBFlashEngine(int engineCode, ZBFlashView *view, QObject *parent)
         if (isActive())
             Q_EMIT fsCommand(command, arguments);
     });
+    connect(view, &ZBFlashView::zoomChanged, this, [this](int percent) {
+        if (isActive())
+            Q_EMIT zoomChanged(percent);
+    });
 }
 
 QByteArray ZBFlashEngine::movieData(const QString &path, QString *error)
@@ -180,4 +184,40 @@ QWidget *ZBFlashEngine::view()
 QImage ZBFlashEngine::snapshot()
 {
     return isActive() ? m_view->snapshot() : QImage();
+}
+
+// The zoom, fit and drag state belong to the shared view and carry over from
+// one movie to the next, so they are passed on whichever role loaded last.
+void ZBFlashEngine::setZoomPercent(int percent)
+{
+    if (m_view)
+        m_view->setZoomPercent(percent);
+}
+
+int ZBFlashEngine::zoomPercent() const
+{
+    return m_view ? m_view->zoomPercent() : 100;
+}
+
+void ZBFlashEngine::setFitSize()
+{
+    if (m_view)
+        m_view->setFitSize();
+}
+
+void ZBFlashEngine::setOriginalSize()
+{
+    if (m_view)
+        m_view->setOriginalSize();
+}
+
+void ZBFlashEngine::setCanDrag(bool canDrag)
+{
+    if (m_view)
+        m_view->setCanDrag(canDrag);
+}
+
+bool ZBFlashEngine::canDrag() const
+{
+    return m_view && m_view->canDrag();
 }

@@ -47,6 +47,14 @@ public:
     QWidget *view() override;
     QImage snapshot() override;
 
+    bool canZoom() const override { return true; }
+    void setZoomPercent(int percent) override;
+    int zoomPercent() const override;
+    void setFitSize() override;
+    void setOriginalSize() override;
+    void setCanDrag(bool canDrag) override;
+    bool canDrag() const override;
+
 private:
     bool isActive() const;
     void refuse(const QString &reason);

@@ -199,7 +199,12 @@ ZBFlashView::ZBFlashView(QWidget *parent)
                 if (generation == m_generation && m_mode != Mode::None)
                     Q_EMIT invokeFSCommand(command, arguments);
             });
-    connect(m_bridge, &ZBFlashBridge::zoomChangedReceived, this, [this](double percent) { m_zoom = percent; });
+    connect(m_bridge, &ZBFlashBridge::zoomChangedReceived, this, [this](double percent) {
+        const int before = zoomPercent();
+        m_zoom = percent;
+        if (zoomPercent() != before)
+            Q_EMIT zoomChanged(zoomPercent());
+    });
 }
 
 ZBFlashView::~ZBFlashView()

@@ -137,6 +137,9 @@ Q_SIGNALS:
     // `drawn` is false when the engine drew nothing in time.
     void frameShown(int frame, bool drawn);
     void invokeFSCommand(const QString &command, const QString &arguments);
+    // The page laid the movie out at a new zoom (set, fitted, or refitted
+    // after the view was resized).
+    void zoomChanged(int percent);
 
 private:
     void ensureHost();

@@ -33,6 +33,7 @@ enum ObservedSlot : quint64
     DisplayHeightSlot,
     VolumeSlot,
     SeekableSlot,
+    KeepAspectSlot,
 };
 
 const struct
@@ -42,7 +43,7 @@ const struct
 } ObservedProperties[] = {
     {TimePosSlot, "time-pos"},         {DurationSlot, "duration"},        {PauseSlot, "pause"},
     {EofReachedSlot, "eof-reached"},   {DisplayWidthSlot, "dwidth"},      {DisplayHeightSlot, "dheight"},
-    {VolumeSlot, "volume"},            {SeekableSlot, "seekable"},
+    {VolumeSlot, "volume"},            {SeekableSlot, "seekable"},        {KeepAspectSlot, "keepaspect"},
 };
 
 // Asked once the first frame of a file is decoded: what the information
@@ -447,6 +448,11 @@ QSize ZBMpvEngine::naturalSize() const
     return QSize(m_width, m_height);
 }
 
+void ZBMpvEngine::setPreservesAspectRatio(bool preserves)
+{
+    setProperty("keepaspect", preserves ? "yes" : "no");
+}
+
 QWidget *ZBMpvEngine::view()
 {
     return m_view;
@@ -634,6 +640,12 @@ void ZBMpvEngine::handlePropertyChange(quint64 slot, const QVariant &value)
     {
         if (value.isValid())
             m_volume = std::clamp(int(std::lround(value.toDouble())), 0, 100);
+        return;
+    }
+    if (slot == KeepAspectSlot)
+    {
+        if (value.isValid())
+            m_keepAspect = value.toBool();
         return;
     }
     // Until the newest file has started, what arrives describes the one

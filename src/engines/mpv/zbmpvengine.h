@@ -80,6 +80,10 @@ public:
     QWidget *view() override;
     QImage snapshot() override;
     QString formatSummary() const override;
+    // The "keepaspect" option: sent at once, answered by the core's report
+    // of the property (true until then).
+    void setPreservesAspectRatio(bool preserves) override;
+    bool preservesAspectRatio() const override { return m_keepAspect; }
 
     bool isHeadless() const { return m_headless; }
     // Why the engine could not start at all; empty when it runs.
@@ -161,6 +165,8 @@ private:
     int m_height = 0;
     int m_volume = 100;
     bool m_seekable = false;
+    // Not part of a file: survives loads, like the volume.
+    bool m_keepAspect = true;
     QString m_summary;
 
     quint64 m_seekSerial = 0;
