@@ -48,6 +48,9 @@
 #include "ui/app/zbmenuvalidator.h"
 #include "ui/app/zbpreferenceswindow.h"
 #include "ui/app/zbwindowmodes.h"
+#include "playback/zbvideosizing.h"
+#include "ui/playback/zbhudwindow.h"
+#include "ui/playback/zbvideosizer.h"
 #include "ui/app/zbmprisservice.h"
 #include "ui/library/zblibrarydialogs.h"
 #include "ui/library/zblibrarypane.h"
@@ -76,6 +79,7 @@ MainWndController::~MainWndController()
     // stops the engines it drives: each must go before what it uses.
     qApp->removeEventFilter(this);
     m_validator.reset();
+    m_hud.reset();
     m_windowModes.reset();
     m_mpris.reset();
     m_pane.reset();
@@ -625,6 +629,10 @@ void MainWndController::buildMainMenu()
              m_windowModes->modes().alwaysOnTopButtonClick();
              displayModeChanged();
          }},
+        {QStringLiteral("View/Show Additional Controls"), [this]() { showOrHideHUD(); }},
+        {QStringLiteral("Playback/Fit"), [this]() { m_sizer->fitButtonClick(); }},
+        {QStringLiteral("Playback/Stretch"), [this]() { m_sizer->strechButtonClick(); }},
+        {QStringLiteral("Playback/Original Size"), [this]() { m_sizer->oneToOneButtonClick(); }},
         {QStringLiteral("View/Show Page Resources"), [this]() { m_layout->toggle(ZBMainWindowLayout::UrlPane); }},
         {QStringLiteral("View/Show Source List"), [this]() { m_layout->toggle(ZBMainWindowLayout::TreePane); }},
         {QStringLiteral("View/Show Track List"), [this]() { m_layout->toggle(ZBMainWindowLayout::ListPane); }},
@@ -810,6 +818,7 @@ void MainWndController::buildWindowModes()
         if (m_validator)
             m_validator->scheduleValidation();
     });
+    buildHUD();
     // A double-click on the picture toggles fullscreen wherever it is.
     m_playerPanel->screen()->installEventFilter(this);
     connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this,
@@ -855,6 +864,8 @@ void MainWndController::setMode()
         // The page takes the player's place: the picture comes home first.
         if (m_windowModes->displayMode() == ZBViewModes::Detached)
             m_windowModes->switchToNormalMode();
+        if (m_hud && m_hud->isVisible())
+            showOrHideHUD();
     }
     if (layout.stopPlayback && m_playback->playingItem())
         m_playback->stopPlayback();
@@ -905,6 +916,8 @@ void MainWndController::displayModeChanged()
     const int display = m_windowModes->displayMode();
     m_layout->detachButton()->setChecked(display == ZBViewModes::Detached);
     m_layout->onTopButton()->setChecked(m_windowModes->modes().onTopMode() != ZBViewModes::OnTopOff);
+    setEnabledHUDButtons();
+    applyHUDLevel();
     if (m_mpris)
         m_mpris->targetChanged();
     if (m_validator)
@@ -955,6 +968,7 @@ ZBCommandState MainWndController::commandState() const
     state.volume = m_playback->volume();
     state.volumeBeforeMute = m_playback->volumeBeforeMute();
     state.showTutorial = m_settings->showTutorial;
+    state.hudVisible = m_hud && m_hud->isVisible();
     return state;
 }
 
@@ -1010,4 +1024,66 @@ void MainWndController::closePreferencesWindow()
         m_flashView->setEnabledSecurity(m_settings->option_enableFlashLocalSecurity);
     }
     m_validator->scheduleValidation();
+}
+
+void MainWndController::buildHUD()
+{
+    m_hud = std::make_unique<ZBHUDWindow>();
+    m_sizer = new ZBVideoSizer(m_playback.get(), this);
+    m_sizer->setHost(m_window.get(), m_playerPanel);
+    m_windowModes->setHUDWindow(m_hud.get());
+    connect(m_windowModes.get(), &ZBWindowModes::pictureWindowChanged, m_sizer, [this](QWidget *window) {
+        m_sizer->setHost(window, window == m_window.get() ? static_cast<QWidget *>(m_playerPanel)
+                                                          : m_windowModes->picture());
+    });
+    connect(m_hud.get(), &ZBHUDWindow::fitClicked, m_sizer, &ZBVideoSizer::fitButtonClick);
+    connect(m_hud.get(), &ZBHUDWindow::stretchClicked, m_sizer, &ZBVideoSizer::strechButtonClick);
+    connect(m_hud.get(), &ZBHUDWindow::oneToOneClicked, m_sizer, &ZBVideoSizer::oneToOneButtonClick);
+    connect(m_hud.get(), &ZBHUDWindow::dragClicked, m_sizer, &ZBVideoSizer::dragButtonClick);
+    connect(m_hud.get(), &ZBHUDWindow::zoomSliderMoved, m_sizer, &ZBVideoSizer::zoomSliderMoved);
+    connect(m_sizer, &ZBVideoSizer::zoomValueChanged, m_hud.get(), &ZBHUDWindow::setZoomValue);
+    connect(m_sizer, &ZBVideoSizer::draggingChanged, m_hud.get(), &ZBHUDWindow::setDragging);
+    connect(m_hud.get(), &ZBHUDWindow::closed, this, [this]() {
+        m_layout->hudButton()->setChecked(false);
+        m_validator->scheduleValidation();
+    });
+    connect(m_layout->hudButton(), &QToolButton::clicked, this, &MainWndController::showOrHideHUD);
+    connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this, &MainWndController::setEnabledHUDButtons);
+    connect(m_playback.get(), &ZBPlaybackController::playingStateChanged, this,
+            &MainWndController::setEnabledHUDButtons);
+    setEnabledHUDButtons();
+}
+
+void MainWndController::setEnabledHUDButtons()
+{
+    m_hud->setEnabledHUDButtons(ZBVideoSizing::hudButtons(
+        m_playback->playingItem() == nullptr, m_playback->currentUsedView(), m_windowModes->displayMode()));
+}
+
+void MainWndController::showOrHideHUD()
+{
+    const bool show = !m_hud->isVisible();
+    if (show)
+    {
+        applyHUDLevel();
+        // Beside the window it serves, at its top right, the first time.
+        if (!m_hud->property("placed").toBool())
+        {
+            const QWidget *served = m_windowModes->pictureWindow();
+            m_hud->move(served->frameGeometry().topRight() + QPoint(8, 0));
+            m_hud->setProperty("placed", true);
+        }
+    }
+    m_hud->setVisible(show);
+    m_layout->hudButton()->setChecked(show);
+    m_validator->scheduleValidation();
+}
+
+void MainWndController::applyHUDLevel()
+{
+    const int onTop = m_windowModes->modes().onTopMode();
+    QWidget *served = onTop == ZBViewModes::DetachedOnTop && m_windowModes->detachedWindow()
+                          ? static_cast<QWidget *>(m_windowModes->detachedWindow())
+                          : m_window.get();
+    m_hud->setLevelAbove(served, onTop != ZBViewModes::OnTopOff);
 }

@@ -15,6 +15,8 @@ class ZBLibraryController;
 class ZBMainWindowLayout;
 class ZBMenuValidator;
 class ZBPreferencesWindow;
+class ZBHUDWindow;
+class ZBVideoSizer;
 class ZBWindowModes;
 class ZBLibraryDialogs;
 class ZBLibraryImporter;
@@ -137,6 +139,12 @@ private:
     void selectedListChanged(const QString &playlistUUID);
     void displayModeChanged();
     void windowTitleChanged();
+    void buildHUD();
+    // The HUD's buttons for the engine in use, the window mode and whether
+    // anything plays.
+    void setEnabledHUDButtons();
+    void showOrHideHUD();
+    void applyHUDLevel();
     void reloadTrackList();
     void playRow(int row);
     // The Flash view and its two engines, made on first need: the web engine
@@ -171,6 +179,8 @@ private:
     int m_browsingMode = -1;
     QPointer<QWidget> m_aboutWindow;
     ZBPreferencesWindow *m_preferencesWindow = nullptr;
+    std::unique_ptr<ZBHUDWindow> m_hud;
+    ZBVideoSizer *m_sizer = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
 };
