@@ -5,7 +5,6 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageWriter>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,6 +18,7 @@
 #include "engines/flash/zbflashengine.h"
 #include "engines/flash/zbflashview.h"
 #include "engines/mpv/zbmpvengine.h"
+#include "engines/zbsnapshotwriter.h"
 #include "library/zblibrarycontroller.h"
 #include "library/zblibraryimporter.h"
 #include "library/zbplaylistfile.h"
@@ -134,10 +134,12 @@ QString ZBCtlCommands::usage()
         "  probe FILE                    the file's type, whether the player takes it, its length and\n"
         "                                whether the video engine can decode it\n"
         "  swf-info FILE                 the header of a Flash movie, or of the movie inside a projector\n"
-        "  snapshot FILE [--time SECONDS | --frame N] -o OUT\n"
+        "  snapshot FILE [--time SECONDS | --frame N] [--format N] -o OUT\n"
         "                                save the frame of a movie at a time (default 0), or frame N (from\n"
-        "                                0) of a Flash movie or projector, as an image; the format follows\n"
-        "                                OUT's extension (png, jpg, bmp, ...)\n"
+        "                                0) of a Flash movie or projector, as an image the way the player\n"
+        "                                saves screenshots; the format follows OUT's extension (tif/tiff,\n"
+        "                                bmp, gif, jpg/jpeg, png, jp2) or --format: 0 TIFF, 1 BMP, 2 GIF,\n"
+        "                                3 JPEG, 4 PNG, 5 JPEG 2000 (PNG where it cannot be written)\n"
         "\n"
         "The library lives in the program's data folder unless --data-dir names another.\n");
 }
@@ -485,17 +487,31 @@ int ZBCtlCommands::snapshot(const QStringList &arguments, QTextStream &out, QTex
         if (argument == u"-o")
             argument = QStringLiteral("--output");
     }
-    const Options options(spelledOut, {QStringLiteral("time"), QStringLiteral("frame"), QStringLiteral("output")},
-                          {});
+    const Options options(
+        spelledOut,
+        {QStringLiteral("time"), QStringLiteral("frame"), QStringLiteral("output"), QStringLiteral("format")}, {});
     if (!options.error().isEmpty())
         return fail(options.error());
     if (options.positional().size() != 1 || !options.has(QStringLiteral("output")))
         return fail(QStringLiteral("snapshot needs FILE and -o OUT"));
     const QString path = options.positional().first();
     const QString output = options.value(QStringLiteral("output"));
-    if (!QImageWriter::supportedImageFormats().contains(QFileInfo(output).suffix().toLower().toLatin1()))
-        return fail(QStringLiteral("cannot write images of type \"%1\"; use .png, .jpg or .bmp")
+    int format = ZBSnapshotWriter::formatForSuffix(QFileInfo(output).suffix());
+    if (options.has(QStringLiteral("format")))
+    {
+        bool whole = false;
+        format = options.value(QStringLiteral("format")).toInt(&whole);
+        if (!whole || format < 0 || format >= ZBSnapshotWriter::FormatCount)
+            return fail(QStringLiteral("--format takes 0 (TIFF), 1 (BMP), 2 (GIF), 3 (JPEG), 4 (PNG) or 5 (JPEG "
+                                       "2000), not \"%1\"")
+                            .arg(options.value(QStringLiteral("format"))));
+    }
+    else if (format < 0)
+    {
+        return fail(QStringLiteral("cannot write images of type \"%1\"; use .tiff, .bmp, .gif, .jpg, .png or .jp2, "
+                                   "or say --format N")
                         .arg(QFileInfo(output).suffix()));
+    }
     if (!QFileInfo(path).isFile())
         return fail(QStringLiteral("\"%1\" does not exist").arg(path));
 
@@ -508,7 +524,7 @@ int ZBCtlCommands::snapshot(const QStringList &arguments, QTextStream &out, QTex
         if (!whole || frame < 0)
             return fail(QStringLiteral("--frame takes a frame number from 0 on, not \"%1\"")
                             .arg(options.value(QStringLiteral("frame"))));
-        return snapshotFlash(path, frame, output, out, err);
+        return snapshotFlash(path, frame, output, format, out, err);
     }
     if (options.has(QStringLiteral("frame")))
         return fail(QStringLiteral("--frame is for Flash movies; \"%1\" is a video, use --time SECONDS").arg(path));
@@ -562,9 +578,21 @@ int ZBCtlCommands::snapshot(const QStringList &arguments, QTextStream &out, QTex
     const QImage image = engine.snapshot();
     if (image.isNull())
         return fail(QStringLiteral("\"%1\" shows no picture at %2 s (no video stream?)").arg(path).arg(time));
-    QImageWriter writer(output);
-    if (!writer.write(image))
-        return fail(QStringLiteral("cannot write %1: %2").arg(output, writer.errorString()));
+    return writeSnapshot(image, output, format, out, err);
+}
+
+int ZBCtlCommands::writeSnapshot(const QImage &image, const QString &output, int format, QTextStream &out,
+                                 QTextStream &err)
+{
+    const ZBSnapshotWriter::Result result = ZBSnapshotWriter::saveSnapshot(image, output, format);
+    if (!result.ok())
+    {
+        err << "norvikctl: cannot write " << output << ": " << result.description() << Qt::endl;
+        return 1;
+    }
+    if (result.format != format)
+        err << "norvikctl: this system cannot write " << ZBSnapshotWriter::formatName(format) << "; " << output
+            << " holds " << ZBSnapshotWriter::formatName(result.format) << Qt::endl;
     out << output << '\t' << image.width() << 'x' << image.height() << '\n';
     return 0;
 }
@@ -581,8 +609,8 @@ bool ZBCtlCommands::isFlashFile(const QString &path)
            && !ZBProjector::dataWithContentsOfSWF(path).isEmpty();
 }
 
-int ZBCtlCommands::snapshotFlash(const QString &path, int frame, const QString &output, QTextStream &out,
-                                 QTextStream &err)
+int ZBCtlCommands::snapshotFlash(const QString &path, int frame, const QString &output, int format,
+                                 QTextStream &out, QTextStream &err)
 {
     const auto fail = [&err](const QString &message) {
         err << "norvikctl: " << message << Qt::endl;
@@ -652,11 +680,7 @@ int ZBCtlCommands::snapshotFlash(const QString &path, int frame, const QString &
     const QImage image = view.snapshot();
     if (image.isNull())
         return fail(QStringLiteral("the Flash view gave no picture"));
-    QImageWriter writer(output);
-    if (!writer.write(image))
-        return fail(QStringLiteral("cannot write %1: %2").arg(output, writer.errorString()));
-    out << output << '\t' << image.width() << 'x' << image.height() << '\n';
-    return 0;
+    return writeSnapshot(image, output, format, out, err);
 }
 
 int ZBCtlCommands::importFiles(const QStringList &arguments)

@@ -38,7 +38,9 @@ private:
     static int swfInfo(const QStringList &arguments, QTextStream &out, QTextStream &err);
     static int snapshot(const QStringList &arguments, QTextStream &out, QTextStream &err);
     static bool isFlashFile(const QString &path);
-    static int snapshotFlash(const QString &path, int frame, const QString &output, QTextStream &out,
+    static int snapshotFlash(const QString &path, int frame, const QString &output, int format, QTextStream &out,
+                             QTextStream &err);
+    static int writeSnapshot(const class QImage &image, const QString &output, int format, QTextStream &out,
                              QTextStream &err);
 
     int fail(const QString &message);

@@ -21,6 +21,8 @@ class TestNorvikCtlSnapshot : public QObject
 private Q_SLOTS:
     void videoAtATime_data();
     void videoAtATime();
+    void formatBySuffixOrNumber_data();
+    void formatBySuffixOrNumber();
     void flashFrame_data();
     void flashFrame();
     void refusals_data();
@@ -63,6 +65,34 @@ void TestNorvikCtlSnapshot::videoAtATime()
     // bars tell the movie's picture from a blank.
     QVERIFY(earlyImage.convertToFormat(QImage::Format_RGB32) != lateImage.convertToFormat(QImage::Format_RGB32));
     QVERIFY(earlyImage.pixel(10, 10) != earlyImage.pixel(150, 10));
+}
+
+void TestNorvikCtlSnapshot::formatBySuffixOrNumber_data()
+{
+    QTest::addColumn<QString>("output");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QByteArray>("magic");
+    QTest::newRow("tif") << "a.TIF" << QStringList{} << QByteArray("II*");
+    QTest::newRow("gif") << "a.gif" << QStringList{} << QByteArray("GIF89a");
+    QTest::newRow("jpeg") << "a.jpeg" << QStringList{} << QByteArray("\xff\xd8\xff");
+    QTest::newRow("--format over the suffix") << "b.png" << QStringList{"--format", "1"} << QByteArray("BM");
+    QTest::newRow("--format with any suffix") << "b.shot" << QStringList{"--format", "2"} << QByteArray("GIF89a");
+}
+
+void TestNorvikCtlSnapshot::formatBySuffixOrNumber()
+{
+    QFETCH(QString, output);
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, magic);
+    if (!MediaFactory::isAvailable())
+        QSKIP(qPrintable(MediaFactory::unavailableReason()));
+    const QString path = m_dir.filePath(output);
+    QVERIFY(!nvktest::ctlOutput(m_data.path(), QStringList{"snapshot", MediaFactory::clip("mp4"), "-o", path} + options)
+                 .isEmpty());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY2(file.read(magic.size()) == magic, qPrintable(output));
+    QCOMPARE(QImage(path, nullptr).size(), QSize(160, 120));
 }
 
 void TestNorvikCtlSnapshot::flashFrame_data()
@@ -117,6 +147,7 @@ void TestNorvikCtlSnapshot::refusals_data()
     QTest::newRow("time past the end") << QStringList{"snapshot", video, "--time", "7.5", "-o", out} << "past the end";
     QTest::newRow("garbage") << QStringList{"snapshot", MediaFactory::garbage("avi"), "-o", out} << "cannot be decoded";
     QTest::newRow("no output") << QStringList{"snapshot", video} << "-o OUT";
+    QTest::newRow("format out of range") << QStringList{"snapshot", video, "--format", "6", "-o", out} << "--format takes";
     QTest::newRow("unknown image type") << QStringList{"snapshot", video, "-o", out + ".xyz"} << "cannot write images";
 }
 
