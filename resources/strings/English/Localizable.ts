@@ -540,6 +540,30 @@
         <translation>screenshot</translation>
     </message>
     <message>
+        <source>SaveSnapshotError</source>
+        <translation>The screenshot “%1” could not be saved: %2.</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorNoPicture</source>
+        <translation>the player has no picture to save</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorBadPicture</source>
+        <translation>the picture is too large for the chosen image format</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorNoData</source>
+        <translation>the image format produced no data</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorCantWrite</source>
+        <translation>the file cannot be written</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorCantWriteBecause</source>
+        <translation>the file cannot be written (%1)</translation>
+    </message>
+    <message>
         <source>untitledPlaylist</source>
         <translation>Untitled Playlist</translation>
     </message>

@@ -540,6 +540,30 @@
         <translation>Bildschirmfoto</translation>
     </message>
     <message>
+        <source>SaveSnapshotError</source>
+        <translation>Das Bildschirmfoto „%1“ konnte nicht gespeichert werden: %2.</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorNoPicture</source>
+        <translation>der Player zeigt kein Bild, das gespeichert werden könnte</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorBadPicture</source>
+        <translation>das Bild ist für das gewählte Bildformat zu groß</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorNoData</source>
+        <translation>das Bildformat hat keine Daten erzeugt</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorCantWrite</source>
+        <translation>die Datei kann nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>saveSnapshotErrorCantWriteBecause</source>
+        <translation>die Datei kann nicht geschrieben werden (%1)</translation>
+    </message>
+    <message>
         <source>untitledPlaylist</source>
         <translation>Unbenannte Wiedergabeliste</translation>
     </message>
