@@ -39,6 +39,7 @@ private Q_SLOTS:
     void init();
     void singleShotStartsTheSelection_data();
     void singleShotStartsTheSelection();
+    void seriesRunsUntilPlaybackStops_data();
     void seriesRunsUntilPlaybackStops();
     void trackChangeEndsSeriesUnlessKept_data();
     void trackChangeEndsSeriesUnlessKept();
@@ -118,12 +119,27 @@ void TestZBScreenshotController::singleShotStartsTheSelection()
     QCOMPARE(m_rig->shots.notificationDescription(), QStringLiteral("Screenshot of “a” saved."));
 }
 
+void TestZBScreenshotController::seriesRunsUntilPlaybackStops_data()
+{
+    QTest::addColumn<bool>("fromFirstFrame");
+    QTest::newRow("from where it plays") << false;
+    QTest::newRow("from the first frame") << true;
+}
+
 void TestZBScreenshotController::seriesRunsUntilPlaybackStops()
 {
+    QFETCH(bool, fromFirstFrame);
     addClips(1);
+    m_rig->settings.option_alwaysStartCapturingFromFirstFrame = fromFirstFrame;
     ZBScreenshotController &shots = m_rig->shots;
     QSignalSpy finished(&shots, &ZBScreenshotController::seriesFinished);
+    m_rig->controller.play_video(ZBPlaybackController::Sender::TrackTable);
+    QTRY_VERIFY_WITH_TIMEOUT(m_rig->controller.isPlaying(), 10000);
+    m_rig->controller.seekSliderMoved(2.5);
+    QTRY_VERIFY_WITH_TIMEOUT(m_rig->video.currentTime() >= 2.5, 10000);
     shots.seriesButtonClick();
+    QTRY_VERIFY_WITH_TIMEOUT(shots.shotCount() >= 1, 10000);
+    QCOMPARE(m_rig->video.currentTime() < 2.0, fromFirstFrame);
     QTRY_VERIFY_WITH_TIMEOUT(shots.shotCount() >= 3, 10000);
     QVERIFY(shots.isSeriesInProgress());
     QCOMPARE(shots.ledCaption().left(11), QStringLiteral("Every 0.2 s"));
