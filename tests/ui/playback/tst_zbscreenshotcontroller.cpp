@@ -39,10 +39,9 @@ private Q_SLOTS:
     void trackChangeEndsSeriesUnlessKept();
 
 private:
-    void addClips(int count);
     QString shot(const QString &track, const QString &file = QString()) const
     {
-        return QDir::cleanPath(m_rig->dir.filePath(QStringLiteral("shots/%1 screenshots/%2").arg(track, file)));
+        return QDir::cleanPath(m_rig->dir.filePath("shots/" + track + " screenshots/" + file));
     }
 
     std::unique_ptr<Rig> m_rig;
@@ -59,18 +58,11 @@ void TestZBScreenshotController::init()
     m_rig->controller.setEngine(ZBPlaybackEngine::VideoMovie, &m_rig->video);
     m_rig->settings.option_pathForScreenshot = m_rig->dir.filePath(QStringLiteral("shots"));
     m_rig->settings.option_screenShotInterval = 0.2;
-}
-
-void TestZBScreenshotController::addClips(int count)
-{
     ZBItemList list;
-    for (int i = 0; i < count; ++i)
-    {
-        const QString path = nvktest::MediaFactory::clip({QStringLiteral("mp4"), 4.0 + i});
+    for (const QString name : {"a", "b"})
         list << m_rig->library.itemByUUID(m_rig->library.addItemToLibrarybyName(
-            QString(QChar(u'a' + i)), path, QStringLiteral(""), QStringLiteral("mp4"), 0, 0, 0,
+            name, nvktest::MediaFactory::clip({QStringLiteral("mp4"), 4.0}), "", "mp4", 0, 0, 0,
             QDateTime::currentDateTimeUtc(), QDateTime(), QString()));
-    }
     m_rig->controller.setCurrentList(list, m_rig->library.allTracksUUID());
     m_rig->controller.setSelectedRow(0);
 }
@@ -85,7 +77,6 @@ void TestZBScreenshotController::seriesRunsUntilPlaybackStops_data()
 void TestZBScreenshotController::seriesRunsUntilPlaybackStops()
 {
     QFETCH(bool, fromFirstFrame);
-    addClips(1);
     m_rig->settings.option_alwaysStartCapturingFromFirstFrame = fromFirstFrame;
     ZBScreenshotController &shots = m_rig->shots;
     QSignalSpy saved(&shots, &ZBScreenshotController::shotSaved);
@@ -121,7 +112,6 @@ void TestZBScreenshotController::trackChangeEndsSeriesUnlessKept_data()
 void TestZBScreenshotController::trackChangeEndsSeriesUnlessKept()
 {
     QFETCH(bool, keep);
-    addClips(2);
     m_rig->settings.option_keepCapturingToNextTrackInPlaylist = keep;
     m_rig->shots.seriesButtonClick();
     QTRY_VERIFY_WITH_TIMEOUT(m_rig->shots.shotCount() >= 1, 10000);
