@@ -35,7 +35,6 @@ void TestZBScreenshotNaming::nextShotPath_data()
     QTest::newRow("climbing out") << "../../etc" << QStringList{} << ".._.._etc screenshots/screenshot.tiff";
     QTest::newRow("refused characters") << " a\tb: c?*\"<>|\\ " << QStringList{}
                                         << "a_b_ c_______ screenshots/screenshot.tiff";
-    QTest::newRow("blank") << "  " << QStringList{} << "screenshot screenshots/screenshot.tiff";
     QTest::newRow("too long for a file name")
         << QString(300, QChar(0xe9)) << QStringList{} << QString(100, QChar(0xe9)) + " screenshots/screenshot.tiff";
 }

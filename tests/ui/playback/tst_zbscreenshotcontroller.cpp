@@ -61,7 +61,7 @@ void TestZBScreenshotController::init()
     ZBItemList list;
     for (const QString name : {"a", "b"})
         list << m_rig->library.itemByUUID(m_rig->library.addItemToLibrarybyName(
-            name, nvktest::MediaFactory::clip({QStringLiteral("mp4"), 4.0}), "", "mp4", 0, 0, 0,
+            name, nvktest::MediaFactory::clip({QStringLiteral("mp4"), 4.0 + list.size()}), "", "mp4", 0, 0, 0,
             QDateTime::currentDateTimeUtc(), QDateTime(), QString()));
     m_rig->controller.setCurrentList(list, m_rig->library.allTracksUUID());
     m_rig->controller.setSelectedRow(0);
@@ -92,7 +92,6 @@ void TestZBScreenshotController::seriesRunsUntilPlaybackStops()
     QTRY_VERIFY_WITH_TIMEOUT(shots.shotCount() >= 1, 10000);
     QCOMPARE(m_rig->video.currentTime() < 2.0, fromFirstFrame);
     QTRY_VERIFY_WITH_TIMEOUT(shots.shotCount() >= 3, 10000);
-    QCOMPARE(saved.last().last().toInt(), shots.shotCount());
     QCOMPARE(shots.ledCaption().left(11), QStringLiteral("Every 0.2 s"));
     m_rig->controller.stopPlayback();
     QVERIFY(!shots.isSeriesInProgress());
