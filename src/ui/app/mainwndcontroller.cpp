@@ -50,6 +50,7 @@
 #include "ui/app/zbwindowmodes.h"
 #include "playback/zbvideosizing.h"
 #include "ui/playback/zbhudwindow.h"
+#include "ui/playback/zbscreenshotcontroller.h"
 #include "ui/playback/zbvideosizer.h"
 #include "ui/app/zbmprisservice.h"
 #include "ui/library/zblibrarydialogs.h"
@@ -630,6 +631,8 @@ void MainWndController::buildMainMenu()
              displayModeChanged();
          }},
         {QStringLiteral("View/Show Additional Controls"), [this]() { showOrHideHUD(); }},
+        {QStringLiteral("Playback/Screenshot"), [this]() { m_screenshots->makeScreenShot(); }},
+        {QStringLiteral("Playback/Screenshot Series"), [this]() { m_screenshots->seriesButtonClick(); }},
         {QStringLiteral("Playback/Fit"), [this]() { m_sizer->fitButtonClick(); }},
         {QStringLiteral("Playback/Stretch"), [this]() { m_sizer->strechButtonClick(); }},
         {QStringLiteral("Playback/Original Size"), [this]() { m_sizer->oneToOneButtonClick(); }},
@@ -819,6 +822,7 @@ void MainWndController::buildWindowModes()
             m_validator->scheduleValidation();
     });
     buildHUD();
+    buildScreenshots();
     // A double-click on the picture toggles fullscreen wherever it is.
     m_playerPanel->screen()->installEventFilter(this);
     connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this,
@@ -969,6 +973,7 @@ ZBCommandState MainWndController::commandState() const
     state.volumeBeforeMute = m_playback->volumeBeforeMute();
     state.showTutorial = m_settings->showTutorial;
     state.hudVisible = m_hud && m_hud->isVisible();
+    state.screenshotSeriesInProgress = m_screenshots && m_screenshots->isSeriesInProgress();
     return state;
 }
 
@@ -1023,6 +1028,8 @@ void MainWndController::closePreferencesWindow()
         m_flashView->setFlashQuality(m_settings->option_flashDefaultQuality);
         m_flashView->setEnabledSecurity(m_settings->option_enableFlashLocalSecurity);
     }
+    if (m_screenshots->isSeriesInProgress())
+        m_screenshots->restartTimer();
     m_validator->scheduleValidation();
 }
 
@@ -1086,4 +1093,23 @@ void MainWndController::applyHUDLevel()
                           ? static_cast<QWidget *>(m_windowModes->detachedWindow())
                           : m_window.get();
     m_hud->setLevelAbove(served, onTop != ZBViewModes::OnTopOff);
+}
+
+void MainWndController::buildScreenshots()
+{
+    m_screenshots = new ZBScreenshotController(m_playback.get(), m_settings.get(), this);
+    connect(m_hud.get(), &ZBHUDWindow::screenshotClicked, m_screenshots, &ZBScreenshotController::makeScreenShot);
+    connect(m_hud.get(), &ZBHUDWindow::seriesClicked, m_screenshots, &ZBScreenshotController::seriesButtonClick);
+    connect(m_screenshots, &ZBScreenshotController::seriesStateChanged, this, [this](bool running) {
+        m_hud->setSeriesRunning(running);
+        m_validator->scheduleValidation();
+    });
+    // A shot that cannot be written is told, and playback goes on.
+    connect(m_screenshots, &ZBScreenshotController::shotFailed, this, [this](const QString &message) {
+        auto *box = new QMessageBox(QMessageBox::Warning, ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
+                                    message, QMessageBox::Ok, m_window.get());
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setModal(false);
+        box->show();
+    });
 }

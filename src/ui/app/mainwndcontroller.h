@@ -17,6 +17,7 @@ class ZBMenuValidator;
 class ZBPreferencesWindow;
 class ZBHUDWindow;
 class ZBVideoSizer;
+class ZBScreenshotController;
 class ZBWindowModes;
 class ZBLibraryDialogs;
 class ZBLibraryImporter;
@@ -118,6 +119,7 @@ public:
     ZBLibraryController *library() const { return m_library.get(); }
     ZBSettings *settings() const { return m_settings.get(); }
     ZBPlaybackController *playback() const { return m_playback.get(); }
+    ZBScreenshotController *screenshots() const { return m_screenshots; }
     ZBTrackListModel *trackModel() const { return m_trackModel; }
     QTableView *trackTable() const { return m_trackTable; }
 
@@ -140,6 +142,7 @@ private:
     void displayModeChanged();
     void windowTitleChanged();
     void buildHUD();
+    void buildScreenshots();
     // The HUD's buttons for the engine in use, the window mode and whether
     // anything plays.
     void setEnabledHUDButtons();
@@ -181,6 +184,7 @@ private:
     ZBPreferencesWindow *m_preferencesWindow = nullptr;
     std::unique_ptr<ZBHUDWindow> m_hud;
     ZBVideoSizer *m_sizer = nullptr;
+    ZBScreenshotController *m_screenshots = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
 };
