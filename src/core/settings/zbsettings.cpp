@@ -217,6 +217,9 @@ QStringList readFolderList(const QSettings &store, const QString &key)
     if (!store.contains(key))
         return {};
     const QVariant stored = store.value(key);
+    // An empty list is written to INI files as "@Invalid()".
+    if (!stored.isValid())
+        return {};
     if (stored.typeId() == QMetaType::QStringList || stored.typeId() == QMetaType::QVariantList)
         return stored.toStringList();
     // A list of one entry comes back from INI files as plain text, an empty
