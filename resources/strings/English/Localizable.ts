@@ -296,6 +296,14 @@
         <translation>Leave the preview and go back to the page</translation>
     </message>
     <message>
+        <source>tooltipButtonLEDChangeView</source>
+        <translation>Show the next running task</translation>
+    </message>
+    <message>
+        <source>tooltipButtonLEDCancel</source>
+        <translation>Cancel the running task</translation>
+    </message>
+    <message>
         <source>tooltipButtonHUDSeries</source>
         <translation>Start or stop a screenshot series</translation>
     </message>

@@ -296,6 +296,14 @@
         <translation>Vorschau verlassen und zur Seite zurückkehren</translation>
     </message>
     <message>
+        <source>tooltipButtonLEDChangeView</source>
+        <translation>Nächste laufende Aufgabe zeigen</translation>
+    </message>
+    <message>
+        <source>tooltipButtonLEDCancel</source>
+        <translation>Laufende Aufgabe abbrechen</translation>
+    </message>
+    <message>
         <source>tooltipButtonHUDSeries</source>
         <translation>Bildschirmfoto-Serie starten oder beenden</translation>
     </message>

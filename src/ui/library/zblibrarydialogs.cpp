@@ -1,9 +1,6 @@
 #include "ui/library/zblibrarydialogs.h"
 
 #include <QCheckBox>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileInfo>
@@ -11,12 +8,12 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QUrl>
 
 #include "library/zbitem.h"
 #include "localization/zblocalizer.h"
 #include "strings/zbstringdateadditions.h"
 #include "strings/zbstringformsize.h"
+#include "ui/app/zbfilemanager.h"
 #include "ui/library/zbsmartlistwindow.h"
 
 namespace
@@ -109,13 +106,5 @@ void ZBLibraryDialogs::showInfo(ZBItem *item, const QString &formatSummary)
 
 void ZBLibraryDialogs::revealInFileManager(const QString &path)
 {
-    // The file manager selects the file in its folder; without one on the
-    // session bus, the folder opens in whatever handles folders.
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    call << QStringList{QUrl::fromLocalFile(path).toString()} << QString();
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 3000);
-    if (reply.type() != QDBusMessage::ReplyMessage)
-        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
+    ZBFileManager::revealFile(path);
 }
