@@ -4,18 +4,18 @@ int ZBLedState::changeLedViewMode(bool seriesRunning, bool downloadsRunning)
 {
     switch (m_mode)
     {
-    case ScreenshotLedMode:
-        m_mode = PlaybackLedMode;
-        break;
-    case DownloadLedMode:
-        m_mode = seriesRunning ? ScreenshotLedMode : PlaybackLedMode;
-        break;
-    default:
-        if (downloadsRunning)
-            m_mode = DownloadLedMode;
-        else if (seriesRunning)
-            m_mode = ScreenshotLedMode;
-        break;
+        case ScreenshotLedMode:
+            m_mode = PlaybackLedMode;
+            break;
+        case DownloadLedMode:
+            m_mode = seriesRunning ? ScreenshotLedMode : PlaybackLedMode;
+            break;
+        default:
+            if (downloadsRunning)
+                m_mode = DownloadLedMode;
+            else if (seriesRunning)
+                m_mode = ScreenshotLedMode;
+            break;
     }
     return m_mode;
 }

@@ -24,11 +24,13 @@ void ZBFileManager::revealFile(const QString &path, const QDBusConnection &bus)
     call << QStringList{QUrl::fromLocalFile(file.absoluteFilePath()).toString()} << QString();
     auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, 5000));
     const QString folder = file.absolutePath();
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, [folder](QDBusPendingCallWatcher *finished) {
-        if (finished->isError())
-            openFolder(folder);
-        finished->deleteLater();
-    });
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished,
+                     [folder](QDBusPendingCallWatcher *finished)
+                     {
+                         if (finished->isError())
+                             openFolder(folder);
+                         finished->deleteLater();
+                     });
 }
 
 void ZBFileManager::openFolder(const QString &folder)

@@ -21,17 +21,28 @@ ZBScreenSaverInhibitor::ZBScreenSaverInhibitor(const QDBusConnection &bus, QObje
     : QObject(parent)
     , m_bus(bus)
     , m_wanted(false)
-    , m_inhibitPending(false)
+    , m_inhibitPending(nullptr)
     , m_failed(false)
 {
 }
 
 ZBScreenSaverInhibitor::~ZBScreenSaverInhibitor()
 {
-    // An Inhibit still under way when we go is dropped by the service itself:
-    // it forgets the inhibitions of a client that leaves the bus.
     if (m_cookie)
         m_bus.send(screenSaverCall(QStringLiteral("UnInhibit")) << *m_cookie);
+    if (!m_inhibitPending)
+        return;
+    // The cookie still on its way is given back when it comes.
+    m_inhibitPending->setParent(nullptr);
+    m_inhibitPending->disconnect(this);
+    QObject::connect(m_inhibitPending, &QDBusPendingCallWatcher::finished,
+                     [bus = m_bus](QDBusPendingCallWatcher *watcher)
+                     {
+                         const QDBusPendingReply<uint> reply = *watcher;
+                         if (reply.isValid())
+                             QDBusConnection(bus).send(screenSaverCall(QStringLiteral("UnInhibit")) << reply.value());
+                         watcher->deleteLater();
+                     });
 }
 
 void ZBScreenSaverInhibitor::setInhibited(bool on, const QString &reason)
@@ -64,11 +75,10 @@ void ZBScreenSaverInhibitor::reconcile()
             qDebug() << "The screen saver cannot be held off: no session bus";
             return;
         }
-        m_inhibitPending = true;
-        const QDBusMessage call =
-            screenSaverCall(QStringLiteral("Inhibit")) << ZBSettings::applicationName() << m_reason;
-        auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-        connect(watcher, &QDBusPendingCallWatcher::finished, this, &ZBScreenSaverInhibitor::inhibitAnswered);
+        const QDBusMessage call = screenSaverCall(QStringLiteral("Inhibit"))
+                                  << ZBSettings::applicationName() << m_reason;
+        m_inhibitPending = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
+        connect(m_inhibitPending, &QDBusPendingCallWatcher::finished, this, &ZBScreenSaverInhibitor::inhibitAnswered);
     }
 }
 
@@ -76,7 +86,7 @@ void ZBScreenSaverInhibitor::inhibitAnswered(QDBusPendingCallWatcher *watcher)
 {
     const QDBusPendingReply<uint> reply = *watcher;
     watcher->deleteLater();
-    m_inhibitPending = false;
+    m_inhibitPending = nullptr;
     if (reply.isValid())
     {
         m_cookie = reply.value();

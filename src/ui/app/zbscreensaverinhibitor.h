@@ -1,10 +1,10 @@
 #pragma once
 
+#include <optional>
+
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
-
-#include <optional>
 
 class QDBusPendingCallWatcher;
 
@@ -30,6 +30,8 @@ public:
     void setInhibited(bool on, const QString &reason = QString());
     // What was asked for last, whether or not the service granted it.
     bool isInhibited() const { return m_wanted; }
+    // Whether the screen saver service holds our inhibition right now.
+    bool isActive() const { return m_cookie.has_value(); }
 
 private:
     void reconcile();
@@ -40,7 +42,8 @@ private:
     QString m_reason;
     // The service's cookie while it holds our inhibition.
     std::optional<uint> m_cookie;
-    bool m_inhibitPending;
+    // The Inhibit call on its way, if any.
+    QDBusPendingCallWatcher *m_inhibitPending;
     // Set when the service refused or is missing; cleared by the next request
     // to turn it on, so a missing service is not asked again and again.
     bool m_failed;

@@ -106,8 +106,8 @@ ZBLed::ZBLed(QWidget *parent)
     QFont linkFont = ZBLedText::ledFont(SmallText);
     linkFont.setUnderline(true);
     m_openFolder->setFont(linkFont);
-    m_openFolder->setStyleSheet(QStringLiteral("QPushButton { border: none; padding: 0; color: %1; }")
-                                    .arg(ZBLedText::ink().name()));
+    m_openFolder->setStyleSheet(
+        QStringLiteral("QPushButton { border: none; padding: 0; color: %1; }").arg(ZBLedText::ink().name()));
     m_openFolder->hide();
     m_downloadProgress->setTextVisible(false);
     m_downloadProgress->setFixedHeight(6);

@@ -10,7 +10,8 @@ QColor ZBLedText::ink()
 
 QFont ZBLedText::ledFont(int pointSize)
 {
-    static const QString family = []() {
+    static const QString family = []()
+    {
         const QStringList installed = QFontDatabase::families();
         for (const QString &wanted : {QStringLiteral("Verdana"), QStringLiteral("DejaVu Sans")})
             if (installed.contains(wanted, Qt::CaseInsensitive))

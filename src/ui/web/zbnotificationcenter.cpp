@@ -1,5 +1,7 @@
 #include "ui/web/zbnotificationcenter.h"
 
+#include <utility>
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -29,6 +31,7 @@ QDBusMessage notificationCall(const QString &method)
 ZBNotificationCenter::ZBNotificationCenter(const QDBusConnection &bus, QObject *parent)
     : QObject(parent)
     , m_bus(bus)
+    , m_capabilitiesKnown(false)
     , m_bodyMarkup(false)
     , m_missingServerReported(false)
 {
@@ -36,12 +39,11 @@ ZBNotificationCenter::ZBNotificationCenter(const QDBusConnection &bus, QObject *
         return;
     const QString service = QLatin1String(ServiceName);
     const QString path = QLatin1String(ObjectPath);
-    m_bus.connect(service, path, Interface, QStringLiteral("ActionInvoked"), this,
-                  SLOT(actionInvoked(uint, QString)));
+    m_bus.connect(service, path, Interface, QStringLiteral("ActionInvoked"), this, SLOT(actionInvoked(uint, QString)));
     m_bus.connect(service, path, Interface, QStringLiteral("NotificationClosed"), this,
                   SLOT(notificationClosed(uint, uint)));
-    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(notificationCall(QStringLiteral("GetCapabilities"))),
-                                                this);
+    auto *watcher =
+        new QDBusPendingCallWatcher(m_bus.asyncCall(notificationCall(QStringLiteral("GetCapabilities"))), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, &ZBNotificationCenter::capabilitiesAnswered);
 }
 
@@ -54,22 +56,28 @@ void ZBNotificationCenter::post(const QString &name, const QString &description,
     }
     if (name != QLatin1String(TaskCompleted) && name != QLatin1String(AllTasksCompleted))
         qWarning().noquote() << "Posting a notification of an unknown kind:" << name;
+    if (m_capabilitiesKnown)
+        send({name, description, clickContextPath});
+    else
+        m_waiting.append({name, description, clickContextPath});
+}
 
+void ZBNotificationCenter::send(const Notification &notification)
+{
     QVariantMap hints;
     hints.insert(QStringLiteral("desktop-entry"), QStringLiteral("norvikplayer"));
     hints.insert(QStringLiteral("urgency"), QVariant::fromValue(NormalUrgency));
-    hints.insert(QLatin1String(NameHint), name);
+    hints.insert(QLatin1String(NameHint), notification.name);
     QDBusMessage call = notificationCall(QStringLiteral("Notify"));
     call << ZBSettings::applicationName() << uint(0) << QStringLiteral("norvikplayer")
          << ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle"))
-         << (m_bodyMarkup ? description.toHtmlEscaped() : description)
-         << QStringList{DefaultAction, ZBLocalizer::localizedStringForKey(QStringLiteral("ledOpenFolderText"))}
-         << hints << ServerDefaultTimeout;
+         << (m_bodyMarkup ? notification.description.toHtmlEscaped() : notification.description)
+         << QStringList{DefaultAction, ZBLocalizer::localizedStringForKey(QStringLiteral("ledOpenFolderText"))} << hints
+         << ServerDefaultTimeout;
     auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
-            [this, clickContextPath](QDBusPendingCallWatcher *finished) {
-                notifyAnswered(finished, clickContextPath);
-            });
+            [this, path = notification.clickContextPath](QDBusPendingCallWatcher *finished)
+            { notifyAnswered(finished, path); });
 }
 
 void ZBNotificationCenter::actionInvoked(uint id, const QString &actionKey)
@@ -96,6 +104,12 @@ void ZBNotificationCenter::capabilitiesAnswered(QDBusPendingCallWatcher *watcher
     if (reply.isValid())
         m_bodyMarkup = reply.value().contains(QStringLiteral("body-markup"));
     watcher->deleteLater();
+    // Without an answer the server is missing or broken; the notifications
+    // still go out, so that the first failure is reported.
+    m_capabilitiesKnown = true;
+    const QList<Notification> waiting = std::exchange(m_waiting, {});
+    for (const Notification &notification : waiting)
+        send(notification);
 }
 
 void ZBNotificationCenter::notifyAnswered(QDBusPendingCallWatcher *watcher, const QString &clickContextPath)

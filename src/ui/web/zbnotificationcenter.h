@@ -43,6 +43,14 @@ private Q_SLOTS:
     void notificationClosed(uint id, uint reason);
 
 private:
+    struct Notification
+    {
+        QString name;
+        QString description;
+        QString clickContextPath;
+    };
+
+    void send(const Notification &notification);
     void capabilitiesAnswered(QDBusPendingCallWatcher *watcher);
     void notifyAnswered(QDBusPendingCallWatcher *watcher, const QString &clickContextPath);
     void reportMissingServer(const QString &why);
@@ -51,7 +59,10 @@ private:
     // Click contexts of the bubbles on screen, by the server's id.
     QHash<uint, QString> m_clickContexts;
     // Servers that read markup in the body need the description escaped;
-    // the others would show the escapes.
+    // the others would show the escapes. Until the server has said which it
+    // is, notifications wait.
+    bool m_capabilitiesKnown;
     bool m_bodyMarkup;
+    QList<Notification> m_waiting;
     bool m_missingServerReported;
 };

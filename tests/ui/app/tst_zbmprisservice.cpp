@@ -1,22 +1,15 @@
-#include <cerrno>
-#include <cstring>
-#include <unistd.h>
-#include <vector>
-
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
-#include <QStandardPaths>
 #include <QTest>
 #include <QThread>
 
+#include "support/privatesessionbus.h"
 #include "ui/app/zbmediakeytarget.h"
 #include "ui/app/zbmprisrootadaptor.h"
 #include "ui/app/zbmprisservice.h"
 
 namespace
 {
-// Set in the copy of this test that runs inside its own session bus.
-constexpr char PrivateBusVariable[] = "NVK_TEST_PRIVATE_SESSION_BUS";
 QString noBusReason;
 
 const QString Properties = QStringLiteral("org.freedesktop.DBus.Properties");
@@ -278,25 +271,7 @@ private Q_SLOTS:
 
 int main(int argc, char *argv[])
 {
-    // Never the desktop's own bus: a test player there would show up in the
-    // user's panel. Each run gets a bus of its own that ends with it.
-    const QString runner = QStandardPaths::findExecutable(QStringLiteral("dbus-run-session"));
-    if (runner.isEmpty())
-        noBusReason = QStringLiteral("dbus-run-session (package dbus) is not installed: no private session bus");
-    else if (!qEnvironmentVariableIsSet(PrivateBusVariable))
-    {
-        qputenv(PrivateBusVariable, "1");
-        // Resolved here: inside dbus-run-session the link names that program.
-        char self[4096] = {};
-        if (::readlink("/proc/self/exe", self, sizeof self - 1) < 0)
-            std::strncpy(self, argv[0], sizeof self - 1);
-        std::vector<char *> arguments{const_cast<char *>("dbus-run-session"), const_cast<char *>("--"), self};
-        arguments.insert(arguments.end(), argv + 1, argv + argc);
-        arguments.push_back(nullptr);
-        ::execv(QFile::encodeName(runner).constData(), arguments.data());
-        noBusReason =
-            QStringLiteral("cannot start dbus-run-session: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
-    }
+    noBusReason = nvktest::runOnPrivateSessionBus(argc, argv);
     QCoreApplication app(argc, argv);
     TestZBMprisService test;
     return QTest::qExec(&test, argc, argv);
