@@ -128,13 +128,6 @@ ZBLed::ZBLed(QWidget *parent)
     layout->setContentsMargins(10, 3, 6, 3);
     layout->addWidget(m_pages);
 
-    // Names for style sheets and for tests that press the buttons.
-    m_back->setObjectName(QStringLiteral("ledBack"));
-    m_playbackChangePage->setObjectName(QStringLiteral("ledPlaybackChangePage"));
-    m_screenshotChangePage->setObjectName(QStringLiteral("ledScreenshotChangePage"));
-    m_screenshotCancel->setObjectName(QStringLiteral("ledScreenshotCancel"));
-    m_downloadChangePage->setObjectName(QStringLiteral("ledDownloadChangePage"));
-    m_downloadCancel->setObjectName(QStringLiteral("ledDownloadCancel"));
     for (QToolButton *button : {m_playbackChangePage, m_screenshotChangePage, m_downloadChangePage})
         connect(button, &QToolButton::clicked, this, &ZBLed::changeLedViewMode);
     for (QToolButton *button : {m_screenshotCancel, m_downloadCancel})

@@ -10,8 +10,6 @@
 
 namespace
 {
-QString noBusReason;
-
 const QString Properties = QStringLiteral("org.freedesktop.DBus.Properties");
 const QString Root = QLatin1String(ZBMprisService::RootInterface);
 const QString Player = QLatin1String(ZBMprisService::PlayerInterface);
@@ -113,8 +111,6 @@ public Q_SLOTS:
 private Q_SLOTS:
     void init()
     {
-        if (!noBusReason.isEmpty())
-            QSKIP(qPrintable(noBusReason));
         m_service.reset();
         m_target = std::make_unique<FakeTarget>();
         m_service = std::make_unique<ZBMprisService>(m_target.get());
@@ -269,12 +265,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    noBusReason = nvktest::runOnPrivateSessionBus(argc, argv);
-    QCoreApplication app(argc, argv);
-    TestZBMprisService test;
-    return QTest::qExec(&test, argc, argv);
-}
+NVK_PRIVATE_BUS_TEST_MAIN(TestZBMprisService)
 
 #include "tst_zbmprisservice.moc"
