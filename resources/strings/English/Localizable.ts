@@ -376,6 +376,10 @@
         <translation>Version %1</translation>
     </message>
     <message>
+        <source>screenSaverInhibitReason</source>
+        <translation>Playing a movie full screen</translation>
+    </message>
+    <message>
         <source>hudWindowTitle</source>
         <translation>Controls</translation>
     </message>

@@ -50,6 +50,9 @@
 #include "ui/app/zbwindowmodes.h"
 #include "playback/zbvideosizing.h"
 #include "ui/playback/zbhudwindow.h"
+#include "ui/app/zbscreensaverinhibitor.h"
+#include "ui/web/zbled.h"
+#include "ui/web/zbnotificationcenter.h"
 #include "ui/playback/zbscreenshotcontroller.h"
 #include "ui/playback/zbvideosizer.h"
 #include "ui/app/zbmprisservice.h"
@@ -822,6 +825,7 @@ void MainWndController::buildWindowModes()
             m_validator->scheduleValidation();
     });
     buildHUD();
+    buildStatusPanel();
     buildScreenshots();
     // A double-click on the picture toggles fullscreen wherever it is.
     m_playerPanel->screen()->installEventFilter(this);
@@ -874,6 +878,8 @@ void MainWndController::setMode()
     if (layout.stopPlayback && m_playback->playingItem())
         m_playback->stopPlayback();
     m_layout->applyContentLayout(layout);
+    m_led->setContentMode(content);
+    m_led->setBackFromPreviewVisible(content == ZBContentLayout::Preview);
     windowTitleChanged();
     if (m_validator)
         m_validator->scheduleValidation();
@@ -922,6 +928,7 @@ void MainWndController::displayModeChanged()
     m_layout->onTopButton()->setChecked(m_windowModes->modes().onTopMode() != ZBViewModes::OnTopOff);
     setEnabledHUDButtons();
     applyHUDLevel();
+    updateScreenSaver();
     if (m_mpris)
         m_mpris->targetChanged();
     if (m_validator)
@@ -1102,7 +1109,29 @@ void MainWndController::buildScreenshots()
     connect(m_hud.get(), &ZBHUDWindow::seriesClicked, m_screenshots, &ZBScreenshotController::seriesButtonClick);
     connect(m_screenshots, &ZBScreenshotController::seriesStateChanged, this, [this](bool running) {
         m_hud->setSeriesRunning(running);
+        m_led->setSeriesRunning(running);
+        m_led->setScreenshotCaption(m_screenshots->ledCaption());
         m_validator->scheduleValidation();
+    });
+    connect(m_led, &ZBLed::cancelSeriesRequested, m_screenshots, &ZBScreenshotController::stopSeries);
+    connect(m_screenshots, &ZBScreenshotController::shotSaved, this,
+            [this](const QString &path, const QString &trackFolder, int countInSeries) {
+                m_led->setLastShotFolder(trackFolder);
+                if (countInSeries > 0)
+                {
+                    m_led->setScreenshotInfo(m_screenshots->ledCaption());
+                    return;
+                }
+                m_led->setScreenshotCaption(m_screenshots->ledCaption());
+                m_led->switchToScreenshotLedMode();
+                m_notifications->post(QLatin1String(ZBNotificationCenter::TaskCompleted),
+                                      m_screenshots->notificationDescription(), path);
+            });
+    connect(m_screenshots, &ZBScreenshotController::seriesFinished, this, [this](const QString &trackFolder) {
+        m_led->setScreenshotCaption(m_screenshots->ledCaption());
+        if (!trackFolder.isEmpty())
+            m_notifications->post(QLatin1String(ZBNotificationCenter::TaskCompleted),
+                                  m_screenshots->notificationDescription(), trackFolder);
     });
     // A shot that cannot be written is told, and playback goes on.
     connect(m_screenshots, &ZBScreenshotController::shotFailed, this, [this](const QString &message) {
@@ -1112,4 +1141,31 @@ void MainWndController::buildScreenshots()
         box->setModal(false);
         box->show();
     });
+}
+
+void MainWndController::buildStatusPanel()
+{
+    m_led = new ZBLed;
+    // Between the transport and the search field.
+    m_layout->topBar()->insertWidget(1, m_led, 2);
+    // The panel shows the time; the transport's own label would repeat it.
+    m_playerPanel->timeLabel()->hide();
+    connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, m_led,
+            [this](ZBItem *item) { m_led->setTrackName(item ? item->Name() : QString()); });
+    connect(m_playback.get(), &ZBPlaybackController::timeChanged, m_led,
+            [this](const QString &text) { m_led->setTime(text); });
+    m_notifications = new ZBNotificationCenter(QDBusConnection::sessionBus(), this);
+    // A click on a notification shows the file; the fullscreen picture must
+    // not hide the file manager.
+    connect(m_notifications, &ZBNotificationCenter::messageClicked, this,
+            [this]() { m_windowModes->fsExitButtonClick(); });
+    m_screenSaver = new ZBScreenSaverInhibitor(QDBusConnection::sessionBus(), this);
+    connect(m_playback.get(), &ZBPlaybackController::playingStateChanged, this, &MainWndController::updateScreenSaver);
+}
+
+void MainWndController::updateScreenSaver()
+{
+    m_screenSaver->setInhibited(m_windowModes->displayMode() == ZBViewModes::Fullscreen && m_playback->isPlaying()
+                                    && m_settings->option_dontAllowScreensaver,
+                                ZBLocalizer::localizedStringForKey(QStringLiteral("screenSaverInhibitReason")));
 }

@@ -18,6 +18,9 @@ class ZBPreferencesWindow;
 class ZBHUDWindow;
 class ZBVideoSizer;
 class ZBScreenshotController;
+class ZBLed;
+class ZBNotificationCenter;
+class ZBScreenSaverInhibitor;
 class ZBWindowModes;
 class ZBLibraryDialogs;
 class ZBLibraryImporter;
@@ -120,6 +123,7 @@ public:
     ZBSettings *settings() const { return m_settings.get(); }
     ZBPlaybackController *playback() const { return m_playback.get(); }
     ZBScreenshotController *screenshots() const { return m_screenshots; }
+    ZBLed *statusPanel() const { return m_led; }
     ZBTrackListModel *trackModel() const { return m_trackModel; }
     QTableView *trackTable() const { return m_trackTable; }
 
@@ -143,6 +147,10 @@ private:
     void windowTitleChanged();
     void buildHUD();
     void buildScreenshots();
+    void buildStatusPanel();
+    // Held off while the picture fills the screen and plays, if the user
+    // asked for that.
+    void updateScreenSaver();
     // The HUD's buttons for the engine in use, the window mode and whether
     // anything plays.
     void setEnabledHUDButtons();
@@ -185,6 +193,9 @@ private:
     std::unique_ptr<ZBHUDWindow> m_hud;
     ZBVideoSizer *m_sizer = nullptr;
     ZBScreenshotController *m_screenshots = nullptr;
+    ZBLed *m_led = nullptr;
+    ZBNotificationCenter *m_notifications = nullptr;
+    ZBScreenSaverInhibitor *m_screenSaver = nullptr;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
 };

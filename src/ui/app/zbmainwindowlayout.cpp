@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -98,9 +99,14 @@ ZBMainWindowLayout::ZBMainWindowLayout(QMainWindow *window, ZBPlayerPanel *playe
     m_urlButton = barButton(QStringLiteral("go-jump-locationbar"), QStringLiteral("URL"),
                             QStringLiteral("tooltipCollapseURL"));
     m_switchMode = barButton(QStringLiteral("internet-web-browser"), QStringLiteral("⇄"), QString());
-    m_detach = barButton(QStringLiteral("window-new"), QStringLiteral("⧉"), QStringLiteral("tooltipButtonDetach"));
-    m_fullscreen = barButton(QStringLiteral("view-fullscreen"), QStringLiteral("⛶"),
-                             QStringLiteral("tooltipButtonFullscreen"));
+    m_detach = barButton(QStringLiteral("window-new"), QString(), QStringLiteral("tooltipButtonDetach"));
+    m_fullscreen = barButton(QStringLiteral("view-fullscreen"), QString(), QStringLiteral("tooltipButtonFullscreen"));
+    // Fonts rarely carry a glyph for these two: the style's title-bar
+    // pictures say the same.
+    if (m_detach->icon().isNull())
+        m_detach->setIcon(m_detach->style()->standardIcon(QStyle::SP_TitleBarNormalButton));
+    if (m_fullscreen->icon().isNull())
+        m_fullscreen->setIcon(m_fullscreen->style()->standardIcon(QStyle::SP_TitleBarMaxButton));
     m_hud = barButton(QStringLiteral("configure"), QStringLiteral("HUD"), QStringLiteral("tooltipButtonHUD"));
     m_onTop = barButton(QStringLiteral("go-top"), QStringLiteral("⤒"), QStringLiteral("tooltipButtonOnTop"));
     for (QToolButton *button : {m_treeButton, m_listButton, m_urlButton, m_detach, m_hud, m_onTop})
