@@ -48,11 +48,13 @@ private Q_SLOTS:
         for (const QAction *action : controller.window()->menuBar()->findChildren<QAction *>())
             if (!action->menu() && !action->isSeparator() && action->isEnabled())
                 enabled << action->text();
-        for (const char *title : {"Play", "Stop", "Next", "Shuffle", "Volume Up", "Mute", "New Playlist", "Get Info",
-                                  "Find", "Delete Playlist"})
-            QVERIFY2(enabled.contains(QLatin1String(title)), title);
-        // What has no command yet is not offered.
-        QVERIFY(!enabled.contains(QStringLiteral("Screenshot Series")));
+        // The menus show the state from the start: with nothing to play or
+        // select, only what needs neither is offered; the volume is full.
+        for (const char *title : {"Shuffle", "Volume Down", "Mute", "New Playlist", "Find", "Preferences…"})
+            QVERIFY2(enabled.contains(QString::fromUtf8(title)), title);
+        for (const char *title : {"Play", "Stop", "Next", "Volume Up", "Get Info", "Delete Playlist", "Screenshot Series",
+                                  "Enter Full Screen"})
+            QVERIFY2(!enabled.contains(QString::fromUtf8(title)), title);
 
         // The user's click on the start screen's tutorial button goes
         // through the controller.
