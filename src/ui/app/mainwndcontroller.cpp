@@ -521,8 +521,13 @@ void MainWndController::importFiles(const QStringList &paths, const QString &pla
         return;
     if (!m_importer)
         m_importer = std::make_unique<ZBLibraryImporter>(*m_library);
+    // Files handed over while an import runs wait their turn: cancelling
+    // the first import would lose what the user gave it.
     if (m_importer->isRunning())
-        m_importer->cancel();
+    {
+        m_pendingImports.append({paths, playlistUUID, autoplay});
+        return;
+    }
 
     auto *progress = new QProgressDialog(ZBLocalizer::localizedStringForKey(QStringLiteral("importWindowTitle")),
                                          ZBLocalizer::cancelButtonTitle(), 0, 0, m_window.get());
@@ -549,6 +554,13 @@ void MainWndController::importFiles(const QStringList &paths, const QString &pla
             [this, progress, stored, playlistUUID, autoplay, playable](const ZBLibraryImporter::Counts &,
                                                                         bool canceled) {
                 progress->deleteLater();
+                if (!m_pendingImports.isEmpty())
+                {
+                    const PendingImport next = m_pendingImports.takeFirst();
+                    QTimer::singleShot(0, this, [this, next]() {
+                        importFiles(next.paths, next.playlistUUID, next.autoplay);
+                    });
+                }
                 // What was stored stays stored, cancelled or not; it joins
                 // the playlist it was dropped on as well.
                 if (!playlistUUID.isEmpty())
@@ -925,6 +937,7 @@ void MainWndController::windowTitleChanged()
 void MainWndController::displayModeChanged()
 {
     const int display = m_windowModes->displayMode();
+    windowTitleChanged();
     m_layout->detachButton()->setChecked(display == ZBViewModes::Detached);
     m_layout->onTopButton()->setChecked(m_windowModes->modes().onTopMode() != ZBViewModes::OnTopOff);
     setEnabledHUDButtons();

@@ -176,6 +176,13 @@ private:
     std::unique_ptr<ZBFlashEngine> m_flvEngine;
     std::unique_ptr<ZBPlaybackController> m_playback;
     std::unique_ptr<ZBLibraryImporter> m_importer;
+    struct PendingImport
+    {
+        QStringList paths;
+        QString playlistUUID;
+        bool autoplay = false;
+    };
+    QList<PendingImport> m_pendingImports;
     std::unique_ptr<ZBLibraryDialogs> m_libraryDialogs;
     std::unique_ptr<ZBLibraryPane> m_pane;
     int m_totalNumberOfDownloads = 0;
