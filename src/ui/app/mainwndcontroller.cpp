@@ -667,7 +667,7 @@ void MainWndController::buildMainMenu()
     const QHash<QString, QAction *> actions = ZBMainMenuBuilder::build(bar, ZBMainMenuDefinition::mainMenu(), commands);
 
     const auto shortcut = [&actions](const char *path, const QKeySequence &keys) {
-        if (QAction *action = actions.value(QLatin1String(path)))
+        if (QAction *action = actions.value(QString::fromUtf8(path)))
             action->setShortcut(keys);
     };
     shortcut("File/Open…", QKeySequence::Open);
