@@ -21,6 +21,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QScreen>
 #include <QShortcut>
 #include <QSplitter>
 #include <QTableView>
@@ -1098,7 +1099,12 @@ void MainWndController::showOrHideHUD()
         if (!m_hud->property("placed").toBool())
         {
             const QWidget *served = m_windowModes->pictureWindow();
-            m_hud->move(served->frameGeometry().topRight() + QPoint(8, 0));
+            const QRect screen = served->screen()->availableGeometry();
+            const QSize size = m_hud->sizeHint();
+            const QPoint beside = served->frameGeometry().topRight() + QPoint(8, 0);
+            // Inside the screen, over the window's edge if need be.
+            m_hud->move(std::clamp(beside.x(), screen.left(), std::max(screen.left(), screen.right() - size.width())),
+                        std::clamp(beside.y(), screen.top(), std::max(screen.top(), screen.bottom() - size.height())));
             m_hud->setProperty("placed", true);
         }
     }
