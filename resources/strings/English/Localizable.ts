@@ -609,6 +609,21 @@ The damaged file was kept unchanged as:
 (%2)</translation>
     </message>
     <message>
+        <source>alertHistoryDamagedMessage</source>
+        <translation>Your browsing history could not be read, so a new, empty history was started.
+
+The old history file was kept unchanged as:
+%1
+
+(%2)</translation>
+    </message>
+    <message>
+        <source>alertHistoryCannotOpenMessage</source>
+        <translation>Your browsing history cannot be opened, so the pages you visit now are remembered only until Norvik Player quits. The history file was left unchanged.
+
+(%1)</translation>
+    </message>
+    <message>
         <source>silverlightUnsupported</source>
         <translation>Silverlight content cannot be played on Linux: no Silverlight engine exists for it. The track stays in your library.</translation>
     </message>

@@ -609,6 +609,21 @@ Die beschädigte Datei wurde unverändert aufbewahrt unter:
 (%2)</translation>
     </message>
     <message>
+        <source>alertHistoryDamagedMessage</source>
+        <translation>Ihr Browserverlauf konnte nicht gelesen werden, daher wurde ein neuer, leerer Verlauf angelegt.
+
+Die alte Verlaufsdatei wurde unverändert aufbewahrt unter:
+%1
+
+(%2)</translation>
+    </message>
+    <message>
+        <source>alertHistoryCannotOpenMessage</source>
+        <translation>Ihr Browserverlauf kann nicht geöffnet werden, daher werden die jetzt besuchten Seiten nur bis zum Beenden von Norvik Player gemerkt. Die Verlaufsdatei wurde nicht verändert.
+
+(%1)</translation>
+    </message>
+    <message>
         <source>silverlightUnsupported</source>
         <translation>Silverlight-Inhalte können unter Linux nicht abgespielt werden: Dafür gibt es keine Silverlight-Engine. Der Titel bleibt in Ihrer Mediathek.</translation>
     </message>
