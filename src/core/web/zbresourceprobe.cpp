@@ -189,8 +189,9 @@ void ZBResourceProbe::headersArrived(QNetworkReply *reply)
     if (!m_running.contains(reply))
         return;
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    // A redirect hop's headers say nothing about the resource.
-    if (status == 0 || (status >= 300 && status < 400))
+    // A redirect hop's headers say nothing about the resource, and an error
+    // ends the reply by itself.
+    if (!isSuccess(status))
         return;
     conclude(reply, answerFrom(reply));
 }
