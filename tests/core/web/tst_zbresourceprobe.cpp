@@ -33,9 +33,11 @@ private:
     {
         QByteArray &buffer = m_buffers[socket];
         buffer += socket->readAll();
-        const qsizetype end = buffer.indexOf("\r\n\r\n");
-        if (end < 0)
-            return;
+        for (qsizetype end = buffer.indexOf("\r\n\r\n"); end >= 0; end = buffer.indexOf("\r\n\r\n"))
+            answer(socket, buffer, end);
+    }
+    void answer(QTcpSocket *socket, QByteArray &buffer, qsizetype end)
+    {
         const QList<QByteArray> lines = buffer.left(end).split('\n');
         buffer.remove(0, end + 4);
         const QList<QByteArray> start = lines.first().trimmed().split(' ');
@@ -63,7 +65,9 @@ private:
                     QByteArray(64 * 1024, 'x');
         else if (head)
             reply = "HTTP/1.1 405 Not Allowed\r\nContent-Length: 0\r\n\r\n";
-        socket->write(reply);
+        // One request per connection keeps the order of requests plain.
+        socket->write(reply.replace("\r\n\r\n", "\r\nConnection: close\r\n\r\n"));
+        socket->disconnectFromHost();
     }
 
     QString m_mode;
