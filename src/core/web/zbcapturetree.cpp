@@ -245,10 +245,12 @@ ZBDownloadItem *ZBCaptureTree::receivingUrl(const QString &url, qint64 expectedL
     item->setParent(owner);
     if (item->resourceTitle() == QLatin1String("video.flv"))
         item->setResourceTitle(QStringLiteral("%1.flv").arg(owner->resourceTitle()));
+    // Expanded once, when its first row shows; the user may fold it again.
+    const bool hadNoRows = owner->numberOfChildrenWithFilter(m_currentFilter) == 0;
     owner->addResource(item);
     classify(owner, item);
     Q_EMIT childrenAppended(owner);
-    if (owner->numberOfChildrenWithFilter(m_currentFilter) == 1)
+    if (hadNoRows && owner->numberOfChildrenWithFilter(m_currentFilter) == 1)
         Q_EMIT expandRequested(owner);
     if (expectedLength < 0 && isWorthProbing(item))
         probeItem(item);
@@ -380,9 +382,10 @@ bool ZBCaptureTree::applyContentType(ZBDownloadItem *item, const QString &conten
     item->setFileMustBeAddedToLibrary(true);
     if (ZBDownloadItem *owner = item->parent())
     {
+        const bool hadNoRows = owner->numberOfChildrenWithFilter(m_currentFilter) == 0;
         classify(owner, item);
         Q_EMIT childrenAppended(owner);
-        if (owner->numberOfChildrenWithFilter(m_currentFilter) == 1)
+        if (hadNoRows && owner->numberOfChildrenWithFilter(m_currentFilter) == 1)
             Q_EMIT expandRequested(owner);
     }
     Q_EMIT itemChanged(item);
