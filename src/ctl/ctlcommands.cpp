@@ -140,6 +140,10 @@ QString ZBCtlCommands::usage()
         "                                saves screenshots; the format follows OUT's extension (tif/tiff,\n"
         "                                bmp, gif, jpg/jpeg, png, jp2) or --format: 0 TIFF, 1 BMP, 2 GIF,\n"
         "                                3 JPEG, 4 PNG, 5 JPEG 2000 (PNG where it cannot be written)\n"
+        "  download URL [--to DIR] [--title T]\n"
+        "                                fetch a file into DIR (default: the player's downloads folder) under\n"
+        "                                the name the player would give it; prints the saved path. With\n"
+        "                                --data-dir a media file is also added to that library\n"
         "\n"
         "The library lives in the program's data folder unless --data-dir names another.\n");
 }

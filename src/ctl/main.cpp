@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "ctl/ctlcommands.h"
+#include "ctl/ctlweb.h"
 #include "engines/flash/zbflashview.h"
 #include "library/zblibrarycontroller.h"
 
@@ -47,6 +48,8 @@ int main(int argc, char *argv[])
         return arguments.isEmpty() ? 2 : 0;
     }
 
+    if (ZBCtlWeb::handles(arguments.first()))
+        return ZBCtlWeb::run(arguments.first(), arguments.mid(1), dataDir, out, err);
     if (!ZBCtlCommands::needsLibrary(arguments.first()))
         return ZBCtlCommands::runFileCommand(arguments.first(), arguments.mid(1), out, err);
 

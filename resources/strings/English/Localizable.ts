@@ -540,6 +540,54 @@
         <translation>The download failed: %1</translation>
     </message>
     <message>
+        <source>downloadErrorInvalidURL</source>
+        <translation>“%1” is not a web address that can be downloaded.</translation>
+    </message>
+    <message>
+        <source>downloadErrorBusy</source>
+        <translation>“%1” is already being downloaded.</translation>
+    </message>
+    <message>
+        <source>downloadErrorFolder</source>
+        <translation>The folder “%1” cannot be written to: %2</translation>
+    </message>
+    <message>
+        <source>downloadErrorFolderCreate</source>
+        <translation>it cannot be created</translation>
+    </message>
+    <message>
+        <source>downloadErrorHTTP</source>
+        <translation>The server answered %1 %2.</translation>
+    </message>
+    <message>
+        <source>downloadErrorNetwork</source>
+        <translation>The server could not be reached: %1</translation>
+    </message>
+    <message>
+        <source>downloadErrorRedirectLoop</source>
+        <translation>The server redirects the address in a loop.</translation>
+    </message>
+    <message>
+        <source>downloadErrorInsecureRedirect</source>
+        <translation>The server redirected from a secure address to an insecure one, so the download was stopped.</translation>
+    </message>
+    <message>
+        <source>downloadErrorIncomplete</source>
+        <translation>The transfer broke off after %1 of %2: %3</translation>
+    </message>
+    <message>
+        <source>downloadErrorShortBody</source>
+        <translation>The server sent only %1 of the %2 it announced.</translation>
+    </message>
+    <message>
+        <source>downloadErrorStalled</source>
+        <translation>The server sent nothing for %1 seconds.</translation>
+    </message>
+    <message>
+        <source>downloadErrorWrite</source>
+        <translation>“%1” could not be written: %2</translation>
+    </message>
+    <message>
         <source>ScreenshotWasSaved</source>
         <translation>Screenshot of “%1” saved.</translation>
     </message>

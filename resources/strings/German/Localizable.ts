@@ -540,6 +540,54 @@
         <translation>Der Download ist fehlgeschlagen: %1</translation>
     </message>
     <message>
+        <source>downloadErrorInvalidURL</source>
+        <translation>„%1“ ist keine Webadresse, die geladen werden kann.</translation>
+    </message>
+    <message>
+        <source>downloadErrorBusy</source>
+        <translation>„%1“ wird bereits geladen.</translation>
+    </message>
+    <message>
+        <source>downloadErrorFolder</source>
+        <translation>In den Ordner „%1“ kann nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>downloadErrorFolderCreate</source>
+        <translation>er kann nicht angelegt werden</translation>
+    </message>
+    <message>
+        <source>downloadErrorHTTP</source>
+        <translation>Der Server antwortete mit %1 %2.</translation>
+    </message>
+    <message>
+        <source>downloadErrorNetwork</source>
+        <translation>Der Server ist nicht erreichbar: %1</translation>
+    </message>
+    <message>
+        <source>downloadErrorRedirectLoop</source>
+        <translation>Der Server leitet die Adresse im Kreis um.</translation>
+    </message>
+    <message>
+        <source>downloadErrorInsecureRedirect</source>
+        <translation>Der Server leitete von einer sicheren auf eine unsichere Adresse um, deshalb wurde der Download angehalten.</translation>
+    </message>
+    <message>
+        <source>downloadErrorIncomplete</source>
+        <translation>Die Übertragung brach nach %1 von %2 ab: %3</translation>
+    </message>
+    <message>
+        <source>downloadErrorShortBody</source>
+        <translation>Der Server sandte nur %1 der angekündigten %2.</translation>
+    </message>
+    <message>
+        <source>downloadErrorStalled</source>
+        <translation>Der Server hat %1 Sekunden lang nichts gesendet.</translation>
+    </message>
+    <message>
+        <source>downloadErrorWrite</source>
+        <translation>„%1“ konnte nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
         <source>ScreenshotWasSaved</source>
         <translation>Bildschirmfoto von „%1“ gespeichert.</translation>
     </message>
