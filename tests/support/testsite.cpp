@@ -79,10 +79,15 @@ private:
 
     void answer(const TestSite::Request &request)
     {
-        if (!m_site->route(request.path.section('?', 0, 0), &m_route))
-            m_route = TestSite::Route{"Not Found", "text/plain", 404};
+        const auto refuse = [this](int status) {
+            m_route = TestSite::Route();
+            m_route.status = status;
+            m_route.body = reasonPhrase(status);
+        };
+        if (!m_site->route(request.path.split('?').value(0), &m_route))
+            refuse(404);
         if (!m_route.needCookie.isEmpty() && !request.headers.value("cookie").contains(m_route.needCookie))
-            m_route = TestSite::Route{"Forbidden", "text/plain", 403};
+            refuse(403);
         const qint64 size = m_route.generatedSize >= 0 ? m_route.generatedSize : m_route.body.size();
         int status = m_route.status;
         QByteArray headers;
@@ -90,13 +95,14 @@ private:
         const QByteArray range = request.headers.value("range");
         if (status == 200 && !m_route.ignoreRange && range.startsWith("bytes="))
         {
-            m_pos = range.mid(6).section('-', 0, 0).toLongLong();
-            const QByteArray last = range.mid(6).section('-', 1, 1);
+            const QList<QByteArray> bounds = range.mid(6).split('-');
+            m_pos = bounds.value(0).toLongLong();
+            const QByteArray last = bounds.value(1);
             m_end = last.isEmpty() ? size : qMin(size, last.toLongLong() + 1);
             status = m_pos < size ? 206 : 416;
-            headers += m_pos < size ? "Content-Range: bytes " + QByteArray::number(m_pos) + '-' +
-                                          QByteArray::number(m_end - 1) + '/' + QByteArray::number(size) + "\r\n"
-                                    : "Content-Range: bytes */" + QByteArray::number(size) + "\r\n";
+            const QByteArray first = m_pos < size ? QByteArray::number(m_pos) + '-' + QByteArray::number(m_end - 1)
+                                                  : QByteArray("*");
+            headers += "Content-Range: bytes " + first + '/' + QByteArray::number(size) + "\r\n";
             if (status == 416)
                 m_pos = m_end = 0;
         }
@@ -191,7 +197,10 @@ TestSite::~TestSite()
 {
     const auto stop = [this] { delete m_server; };
     if (!m_thread)
-        return stop();
+    {
+        stop();
+        return;
+    }
     QMetaObject::invokeMethod(m_server, stop, Qt::BlockingQueuedConnection);
     m_thread->quit();
     m_thread->wait();

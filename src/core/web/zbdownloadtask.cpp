@@ -182,6 +182,13 @@ void ZBDownloadTask::sendRequest(qint64 resumeFrom)
     m_reply->setReadBufferSize(kReadBufferSize);
     connect(m_reply, &QNetworkReply::readyRead, this, &ZBDownloadTask::onReadyRead);
     connect(m_reply, &QNetworkReply::finished, this, &ZBDownloadTask::onFinished);
+    // A loop is refused as soon as it shows, not after the last allowed hop.
+    m_visited = {m_url};
+    connect(m_reply, &QNetworkReply::redirected, this, [this](const QUrl &to) {
+        if (m_visited.contains(to))
+            return fail(text("downloadErrorRedirectLoop"), true);
+        m_visited.insert(to);
+    });
     m_stallTimer.start();
 }
 
@@ -354,7 +361,10 @@ void ZBDownloadTask::fail(const QString &reason, bool keepPart)
     if (m_reply)
     {
         m_reply->disconnect(this);
-        m_reply->abort();
+        // A reply that carries an error already (an HTTP error status) must
+        // not be given a second one; deleting it closes the connection.
+        if (m_reply->error() == QNetworkReply::NoError)
+            m_reply->abort();
         m_reply->deleteLater();
         m_reply = nullptr;
     }

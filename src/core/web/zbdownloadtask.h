@@ -125,6 +125,7 @@ private:
     QUrl m_finalUrl;
     QString m_targetPath;
     QUrl m_referrer;
+    QSet<QUrl> m_visited;
     QList<QNetworkCookie> m_cookies;
     QPointer<QNetworkCookieJar> m_jar;
     QPointer<QNetworkAccessManager> m_manager;
