@@ -78,7 +78,7 @@ int ZBCtlWeb::download(const QStringList &arguments, const QString &dataDir, QTe
     // so "My%20Clip.mp4" is "My Clip.mp4"), its type kept under a title.
     const QUrl url = QUrl::fromUserInput(address);
     const QString fromUrl = QUrl::fromPercentEncoding(
-        ZBDownloadPaths::getFileNameFromURL(address, title.isEmpty() ? QStringLiteral("video") : title).toUtf8());
+        ZBDownloadPaths::getFileNameFromURL(QString::fromUtf8(url.toEncoded()), title.isEmpty() ? QStringLiteral("video") : title).toUtf8());
     const QString type = ZBMediaTypes::pathExtension(fromUrl);
     QString name = title.isEmpty() ? fromUrl : title;
     if (!type.isEmpty() && ZBMediaTypes::pathExtension(name).compare(type, Qt::CaseInsensitive) == 0)
