@@ -44,7 +44,6 @@ ZBDownloadTask::ZBDownloadTask(const QUrl &url, const QString &targetPath, QObje
     , m_targetPath(targetPath)
 {
     m_stallTimer.setSingleShot(true);
-    m_stallTimer.setInterval(60000);
     connect(&m_stallTimer, &QTimer::timeout, this, &ZBDownloadTask::onStalled);
 }
 
@@ -79,7 +78,7 @@ void ZBDownloadTask::setCookieJar(QNetworkCookieJar *jar)
 
 void ZBDownloadTask::setStallTimeout(int milliseconds)
 {
-    m_stallTimer.setInterval(milliseconds);
+    m_stallTimeout = milliseconds;
 }
 
 void ZBDownloadTask::setNetworkAccessManager(QNetworkAccessManager *manager)
@@ -189,7 +188,8 @@ void ZBDownloadTask::sendRequest(qint64 resumeFrom)
             return fail(text("downloadErrorRedirectLoop"), true);
         m_visited.insert(to);
     });
-    m_stallTimer.start();
+    m_lastData = m_clock.elapsed();
+    m_stallTimer.start(m_stallTimeout);
 }
 
 // The first look at the final response: the status decides whether the body
@@ -272,7 +272,8 @@ void ZBDownloadTask::onReadyRead()
 {
     if (!m_responseSeen && !acceptResponse())
         return;
-    m_stallTimer.start();
+    // Not a timer restart per packet: the timer checks this when it fires.
+    m_lastData = m_clock.elapsed();
     if (writeAvailable())
         measureSpeed(false);
 }
@@ -319,7 +320,10 @@ void ZBDownloadTask::onFinished()
 
 void ZBDownloadTask::onStalled()
 {
-    fail(text("downloadErrorStalled").arg(m_stallTimer.interval() / 1000.0), true);
+    const qint64 idle = m_clock.elapsed() - m_lastData;
+    if (idle < m_stallTimeout)
+        return m_stallTimer.start(int(m_stallTimeout - idle));
+    fail(text("downloadErrorStalled").arg(m_stallTimeout / 1000.0), true);
 }
 
 void ZBDownloadTask::complete()

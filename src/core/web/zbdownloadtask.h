@@ -136,6 +136,8 @@ private:
     QElapsedTimer m_clock;
     State m_state = State::Idle;
     QString m_error;
+    int m_stallTimeout = 60000;
+    qint64 m_lastData = 0;
     qint64 m_resumeFrom = 0;
     qint64 m_received = 0;
     qint64 m_total = -1;
