@@ -1,7 +1,5 @@
 #include "support/testsite.h"
 
-#include <QMutexLocker>
-#include <QObject>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QThread>
@@ -14,34 +12,15 @@ namespace
 constexpr qint64 kSlice = 1 << 20;
 constexpr qint64 kPeriod = 65521; // prime, so the pattern never lines up with a buffer size
 
-const QByteArray &patternBlock()
+TestSite::Route refused(int status)
 {
-    static const QByteArray block = [] {
-        QByteArray bytes(kSlice + kPeriod, Qt::Uninitialized);
-        for (qint64 i = 0; i < bytes.size(); ++i)
-            bytes[i] = char(((i % kPeriod) * 2654435761u) >> 24);
-        return bytes;
-    }();
-    return block;
-}
-
-QByteArray reasonPhrase(int status)
-{
-    switch (status)
-    {
-        case 200: return "OK";
-        case 206: return "Partial Content";
-        case 301: return "Moved Permanently";
-        case 302: return "Found";
-        case 403: return "Forbidden";
-        case 404: return "Not Found";
-        case 416: return "Range Not Satisfiable";
-        default: return "Status";
-    }
+    TestSite::Route route;
+    route.status = status;
+    return route;
 }
 } // namespace
 
-// One connection: reads one request, answers it the way its route says.
+// One connection: reads one request and answers it the way its route says.
 class Exchange : public QObject
 {
 public:
@@ -57,54 +36,38 @@ public:
 private:
     void onRequest()
     {
-        if (m_answered)
-            return;
         m_buffer += m_socket->readAll();
         const qsizetype end = m_buffer.indexOf("\r\n\r\n");
-        if (end < 0)
+        if (m_pump || end < 0)
             return;
-        m_answered = true;
         const QList<QByteArray> lines = m_buffer.left(end).split('\n');
         const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
         TestSite::Request request{first.value(0), first.value(1), {}};
-        for (qsizetype i = 1; i < lines.size(); ++i)
-        {
-            const qsizetype colon = lines[i].indexOf(':');
-            if (colon > 0)
-                request.headers.insert(lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
-        }
-        m_site->log(request);
+        for (const QByteArray &line : lines.mid(1))
+            request.headers.insert(line.left(line.indexOf(':')).trimmed().toLower(), line.mid(line.indexOf(':') + 1).trimmed());
+        QMutexLocker lock(&m_site->m_mutex);
+        m_site->m_requests.append(request);
+        m_route = m_site->m_routes.value(request.path.split('?').value(0), refused(404));
+        lock.unlock();
+        if (!m_route.needCookie.isEmpty() && !request.headers.value("cookie").contains(m_route.needCookie))
+            m_route = refused(403);
         answer(request);
     }
 
     void answer(const TestSite::Request &request)
     {
-        const auto refuse = [this](int status) {
-            m_route = TestSite::Route();
-            m_route.status = status;
-            m_route.body = reasonPhrase(status);
-        };
-        if (!m_site->route(request.path.split('?').value(0), &m_route))
-            refuse(404);
-        if (!m_route.needCookie.isEmpty() && !request.headers.value("cookie").contains(m_route.needCookie))
-            refuse(403);
         const qint64 size = m_route.generatedSize >= 0 ? m_route.generatedSize : m_route.body.size();
         int status = m_route.status;
-        QByteArray headers;
+        QByteArray headers = "Content-Type: " + m_route.contentType + "\r\n";
         m_end = size;
-        const QByteArray range = request.headers.value("range");
-        if (status == 200 && !m_route.ignoreRange && range.startsWith("bytes="))
+        const QList<QByteArray> range = request.headers.value("range").mid(6).split('-');
+        if (status == 200 && !m_route.ignoreRange && request.headers.value("range").startsWith("bytes="))
         {
-            const QList<QByteArray> bounds = range.mid(6).split('-');
-            m_pos = bounds.value(0).toLongLong();
-            const QByteArray last = bounds.value(1);
-            m_end = last.isEmpty() ? size : qMin(size, last.toLongLong() + 1);
+            m_pos = qMin(range.value(0).toLongLong(), size);
+            m_end = range.value(1).isEmpty() ? size : qMin(size, range.value(1).toLongLong() + 1);
             status = m_pos < size ? 206 : 416;
-            const QByteArray first = m_pos < size ? QByteArray::number(m_pos) + '-' + QByteArray::number(m_end - 1)
-                                                  : QByteArray("*");
-            headers += "Content-Range: bytes " + first + '/' + QByteArray::number(size) + "\r\n";
-            if (status == 416)
-                m_pos = m_end = 0;
+            headers += "Content-Range: bytes " + QByteArray::number(m_pos) + '-' + QByteArray::number(m_end - 1) + '/' +
+                       QByteArray::number(size) + "\r\n";
         }
         if (!m_route.location.isEmpty())
             headers += "Location: " + m_route.location + "\r\n";
@@ -112,21 +75,17 @@ private:
             headers += "Set-Cookie: " + m_route.setCookie + "\r\n";
         headers += m_route.chunked ? QByteArray("Transfer-Encoding: chunked\r\n")
                                    : "Content-Length: " + QByteArray::number(m_end - m_pos) + "\r\n";
-        m_socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reasonPhrase(status) + "\r\nContent-Type: " +
-                        m_route.contentType + "\r\nAccept-Ranges: bytes\r\nConnection: close\r\n" + headers + "\r\n");
-        if (request.method == "HEAD")
+        m_socket->write("HTTP/1.1 " + QByteArray::number(status) + " Status\r\nConnection: close\r\n" + headers +
+                        "\r\n");
+        if (request.method == "HEAD" || status >= 300)
             m_pos = m_end;
         m_limit = m_route.cutAfter >= 0 ? qMin(m_end, m_pos + m_route.cutAfter) : m_end;
+        m_pump = new QTimer(this);
+        connect(m_pump, &QTimer::timeout, this, &Exchange::pump);
         if (m_route.trickleBytes > 0)
-        {
-            auto *timer = new QTimer(this);
-            connect(timer, &QTimer::timeout, this, &Exchange::pump);
-            timer->start(m_route.trickleMs);
-        }
+            m_pump->start(m_route.trickleMs);
         else
-        {
             connect(m_socket, &QTcpSocket::bytesWritten, this, &Exchange::pump);
-        }
         pump();
     }
 
@@ -140,19 +99,15 @@ private:
             const qint64 length = qMin(slice, m_limit - m_pos);
             const QByteArray bytes = m_route.generatedSize >= 0 ? TestSite::generatedBytes(m_pos, length)
                                                                 : m_route.body.mid(m_pos, length);
-            if (m_route.chunked)
-                m_socket->write(QByteArray::number(length, 16) + "\r\n" + bytes + "\r\n");
-            else
-                m_socket->write(bytes);
+            m_socket->write(m_route.chunked ? QByteArray::number(length, 16) + "\r\n" + bytes + "\r\n" : bytes);
             m_pos += length;
         } while (m_route.trickleBytes == 0 && m_socket->bytesToWrite() < 4 * kSlice);
     }
 
     void finish()
     {
-        if (m_finished)
+        if (std::exchange(m_finished, true))
             return;
-        m_finished = true;
         if (m_limit == m_end && m_route.chunked)
             m_socket->write("0\r\n\r\n");
         if (m_limit == m_end || !m_route.stall)
@@ -161,12 +116,10 @@ private:
 
     TestSite *m_site;
     QTcpSocket *m_socket;
+    QTimer *m_pump = nullptr;
     TestSite::Route m_route;
     QByteArray m_buffer;
-    qint64 m_pos = 0;
-    qint64 m_end = 0;
-    qint64 m_limit = 0;
-    bool m_answered = false;
+    qint64 m_pos = 0, m_end = 0, m_limit = 0;
     bool m_finished = false;
 };
 
@@ -183,28 +136,21 @@ TestSite::TestSite(bool ownThread)
         while (QTcpSocket *socket = m_server->nextPendingConnection())
             new Exchange(this, socket);
     });
-    const auto listen = [this] {
-        if (m_server->listen(QHostAddress::LocalHost, 0))
-            m_port = m_server->serverPort();
-    };
-    if (m_thread)
-        QMetaObject::invokeMethod(m_server, listen, Qt::BlockingQueuedConnection);
-    else
-        listen();
+    QMetaObject::invokeMethod(
+        m_server, [this] { m_port = m_server->listen(QHostAddress::LocalHost, 0) ? m_server->serverPort() : 0; },
+        m_thread ? Qt::BlockingQueuedConnection : Qt::DirectConnection);
 }
 
 TestSite::~TestSite()
 {
-    const auto stop = [this] { delete m_server; };
-    if (!m_thread)
+    QMetaObject::invokeMethod(m_server, [this] { delete m_server; },
+                              m_thread ? Qt::BlockingQueuedConnection : Qt::DirectConnection);
+    if (m_thread)
     {
-        stop();
-        return;
+        m_thread->quit();
+        m_thread->wait();
+        delete m_thread;
     }
-    QMetaObject::invokeMethod(m_server, stop, Qt::BlockingQueuedConnection);
-    m_thread->quit();
-    m_thread->wait();
-    delete m_thread;
 }
 
 QUrl TestSite::url(const QString &path) const
@@ -218,66 +164,31 @@ void TestSite::addRoute(const QByteArray &path, const Route &route)
     m_routes.insert(path, route);
 }
 
-void TestSite::addFile(const QByteArray &path, const QByteArray &body, const QByteArray &contentType)
+void TestSite::addFile(const QByteArray &path, const QByteArray &body)
 {
     Route route;
     route.body = body;
-    route.contentType = contentType;
     addRoute(path, route);
-}
-
-void TestSite::addRedirect(const QByteArray &path, const QByteArray &to, int status)
-{
-    Route route;
-    route.status = status;
-    route.location = to;
-    addRoute(path, route);
-}
-
-QList<TestSite::Request> TestSite::requests() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_requests;
 }
 
 TestSite::Request TestSite::lastRequest(const QByteArray &path) const
 {
     QMutexLocker lock(&m_mutex);
-    for (auto it = m_requests.crbegin(); it != m_requests.crend(); ++it)
-    {
-        if (it->path == path)
-            return *it;
-    }
-    return {};
+    const auto found = std::find_if(m_requests.crbegin(), m_requests.crend(), [&](auto &r) { return r.path == path; });
+    return found == m_requests.crend() ? Request() : *found;
 }
 
 QByteArray TestSite::generatedBytes(qint64 offset, qint64 length)
 {
+    static const QByteArray block = [] {
+        QByteArray bytes(kSlice + kPeriod, Qt::Uninitialized);
+        for (qint64 i = 0; i < bytes.size(); ++i)
+            bytes[i] = char(((i % kPeriod) * 2654435761u) >> 24);
+        return bytes;
+    }();
     QByteArray bytes;
-    bytes.reserve(length);
-    while (length > 0)
-    {
-        const qint64 part = qMin(length, kSlice);
-        bytes.append(patternBlock().constData() + offset % kPeriod, part);
-        offset += part;
-        length -= part;
-    }
+    for (bytes.reserve(length); length > 0; length -= qMin(length, kSlice), offset += kSlice)
+        bytes.append(block.constData() + offset % kPeriod, qMin(length, kSlice));
     return bytes;
-}
-
-bool TestSite::route(const QByteArray &path, Route *route) const
-{
-    QMutexLocker lock(&m_mutex);
-    const auto it = m_routes.constFind(path);
-    if (it == m_routes.cend())
-        return false;
-    *route = *it;
-    return true;
-}
-
-void TestSite::log(const Request &request)
-{
-    QMutexLocker lock(&m_mutex);
-    m_requests.append(request);
 }
 } // namespace nvktest
