@@ -69,6 +69,8 @@ private:
             headers += "Content-Range: bytes " + QByteArray::number(m_pos) + '-' + QByteArray::number(m_end - 1) + '/' +
                        QByteArray::number(size) + "\r\n";
         }
+        if (status >= 300)
+            m_pos = m_end = 0;
         if (!m_route.location.isEmpty())
             headers += "Location: " + m_route.location + "\r\n";
         if (!m_route.setCookie.isEmpty())
@@ -77,7 +79,7 @@ private:
                                    : "Content-Length: " + QByteArray::number(m_end - m_pos) + "\r\n";
         m_socket->write("HTTP/1.1 " + QByteArray::number(status) + " Status\r\nConnection: close\r\n" + headers +
                         "\r\n");
-        if (request.method == "HEAD" || status >= 300)
+        if (request.method == "HEAD")
             m_pos = m_end;
         m_limit = m_route.cutAfter >= 0 ? qMin(m_end, m_pos + m_route.cutAfter) : m_end;
         m_pump = new QTimer(this);
