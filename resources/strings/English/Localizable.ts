@@ -820,6 +820,30 @@ The old history file was kept unchanged as:
         <translation>Reload</translation>
     </message>
     <message>
+        <source>browserStartPageHeading</source>
+        <translation>Welcome to Norvik Player</translation>
+    </message>
+    <message>
+        <source>browserStartPageText</source>
+        <translation>Type the address of a page above. Every video and Flash movie the page loads is listed in the download list, ready to preview, download or add to your library.</translation>
+    </message>
+    <message>
+        <source>browserErrorPageHeading</source>
+        <translation>This page could not be loaded</translation>
+    </message>
+    <message>
+        <source>browserErrorConnection</source>
+        <translation>The server could not be reached. Check the address and your network connection.</translation>
+    </message>
+    <message>
+        <source>browserErrorHttpStatus</source>
+        <translation>The server answered with error %1.</translation>
+    </message>
+    <message>
+        <source>browserErrorOther</source>
+        <translation>The page could not be loaded: %1</translation>
+    </message>
+    <message>
         <source>SmartListWindow_Equals</source>
         <translation>is</translation>
     </message>

@@ -820,6 +820,30 @@ Die alte Verlaufsdatei wurde unverändert aufbewahrt unter:
         <translation>Neu laden</translation>
     </message>
     <message>
+        <source>browserStartPageHeading</source>
+        <translation>Willkommen bei Norvik Player</translation>
+    </message>
+    <message>
+        <source>browserStartPageText</source>
+        <translation>Geben Sie oben die Adresse einer Seite ein. Jedes Video und jeder Flash-Film, den die Seite lädt, erscheint in der Downloadliste – zur Vorschau, zum Laden oder für Ihre Mediathek.</translation>
+    </message>
+    <message>
+        <source>browserErrorPageHeading</source>
+        <translation>Diese Seite konnte nicht geladen werden</translation>
+    </message>
+    <message>
+        <source>browserErrorConnection</source>
+        <translation>Der Server ist nicht erreichbar. Prüfen Sie die Adresse und Ihre Netzwerkverbindung.</translation>
+    </message>
+    <message>
+        <source>browserErrorHttpStatus</source>
+        <translation>Der Server antwortete mit Fehler %1.</translation>
+    </message>
+    <message>
+        <source>browserErrorOther</source>
+        <translation>Die Seite konnte nicht geladen werden: %1</translation>
+    </message>
+    <message>
         <source>SmartListWindow_Equals</source>
         <translation>ist</translation>
     </message>
