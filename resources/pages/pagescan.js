@@ -15,8 +15,12 @@
     let bridge = null;
     const topFrame = window === window.top;
 
+    // The web channel reaches the top frame only: frames hand their finds to
+    // the top frame's copy of this script.
     function deliver(entry) {
-        if (bridge)
+        if (!topFrame)
+            window.top.postMessage({ nvkPageScan: entry }, "*");
+        else if (bridge)
             bridge.found(entry[0], entry[1], entry[2], entry[3]);
         else
             waiting.push(entry);
@@ -85,7 +89,15 @@
 
     document.addEventListener("dragstart", function (event) { event.preventDefault(); }, true);
 
-    if (typeof qt !== "undefined" && qt.webChannelTransport) {
+    if (topFrame) {
+        window.addEventListener("message", function (event) {
+            const entry = event.data && event.data.nvkPageScan;
+            if (Array.isArray(entry) && entry.length === 4 && entry[3] === false && /^https?:/i.test(entry[0]))
+                deliver([String(entry[0]), String(entry[1]), String(entry[2]), false]);
+        });
+    }
+
+    if (topFrame && typeof qt !== "undefined" && qt.webChannelTransport) {
         new QWebChannel(qt.webChannelTransport, function (channel) {
             bridge = channel.objects.pageScan;
             waiting.splice(0).forEach(deliver);
