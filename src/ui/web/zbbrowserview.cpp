@@ -154,8 +154,14 @@ ZBBrowserView::ZBBrowserView(QWidget *parent)
         m_committed = true;
         Q_EMIT mainFrameCommitted(url);
     });
-    connect(page, &QWebEnginePage::titleChanged, this,
-            [this](const QString &title) { Q_EMIT titleReceived(title, this->page()->url()); });
+    connect(page, &QWebEnginePage::titleChanged, this, [this](const QString &title) {
+        // Until a page names itself the engine shows its address as the
+        // title; that is no title of the page's.
+        const QUrl url = this->page()->url();
+        if (title.isEmpty() || title == url.toString() || title == url.toString(QUrl::RemoveScheme).mid(2))
+            return;
+        Q_EMIT titleReceived(title, url);
+    });
 
     setAcceptDrops(false);
     m_backAction->setEnabled(false);
