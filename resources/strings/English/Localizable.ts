@@ -376,6 +376,10 @@
         <translation>Version %1</translation>
     </message>
     <message>
+        <source>contextMenuItemCopyURL</source>
+        <translation>Copy Address</translation>
+    </message>
+    <message>
         <source>screenSaverInhibitReason</source>
         <translation>Playing a movie full screen</translation>
     </message>

@@ -376,6 +376,10 @@
         <translation>Version %1</translation>
     </message>
     <message>
+        <source>contextMenuItemCopyURL</source>
+        <translation>Adresse kopieren</translation>
+    </message>
+    <message>
         <source>screenSaverInhibitReason</source>
         <translation>Ein Film läuft im Vollbild</translation>
     </message>

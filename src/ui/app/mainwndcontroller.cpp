@@ -54,6 +54,8 @@
 #include "ui/playback/zbhudwindow.h"
 #include "ui/app/zbscreensaverinhibitor.h"
 #include "ui/web/zbled.h"
+#include "ui/web/zbwebcontroller.h"
+#include "web/zbdownloadmanager.h"
 #include "ui/web/zbnotificationcenter.h"
 #include "ui/playback/zbscreenshotcontroller.h"
 #include "ui/playback/zbvideosizer.h"
@@ -387,7 +389,8 @@ void MainWndController::exportPlaylist()
 
 bool MainWndController::applicationShouldTerminate()
 {
-    if (m_totalNumberOfDownloads < 1 || m_settings->option_DontAskMeAgainWarningBeforeExit)
+    const int running = m_web ? m_web->downloads().runningCount() : 0;
+    if (running < 1 || m_settings->option_DontAskMeAgainWarningBeforeExit)
         return true;
     QMessageBox box(QMessageBox::Information, ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
                     ZBLocalizer::localizedStringForKey(QStringLiteral("closePlayerWhenActionIsNotCompletedMessage")),
@@ -433,7 +436,7 @@ void MainWndController::openURL(const QString &url)
     const QRegularExpressionMatch match = Scheme.match(url);
     m_lastURL = QUrl::fromPercentEncoding(url.mid(match.hasMatch() ? match.capturedLength() : 0).toUtf8());
     raiseWindow();
-    qInfo().noquote() << "Address handed over:" << m_lastURL;
+    m_web->handleGetURLEvent(url);
 }
 
 void MainWndController::raiseWindow()
@@ -497,7 +500,7 @@ int MainWndController::volume() const
 void MainWndController::mediaKeyPressed(int keyCode)
 {
     // A web page on show (content modes 0 and 3) keeps the keys for itself.
-    const int mode = m_pane->mode();
+    const int mode = this->mode();
     if (mode == 0 || mode == 3)
         return;
     switch (keyCode)
@@ -648,6 +651,13 @@ void MainWndController::buildMainMenu()
              displayModeChanged();
          }},
         {QStringLiteral("View/Show Additional Controls"), [this]() { showOrHideHUD(); }},
+        {QStringLiteral("History/Back"), [this]() { m_web->buttonBackClick(); }},
+        {QStringLiteral("History/Home"), [this]() { m_web->goHome(); }},
+        {QStringLiteral("History/Download Selected"), [this]() { m_web->downloadSelected(); }},
+        {QStringLiteral("History/Download All"), [this]() { m_web->downloadAll(); }},
+        {QStringLiteral("History/Preview"), [this]() { m_web->previewSelected(); }},
+        {QStringLiteral("History/Clear Downloads List"), [this]() { m_web->clearDownloadList(); }},
+        {QStringLiteral("History/Recent Pages/Clear History"), [this]() { m_web->clearHistory(); }},
         {QStringLiteral("Playback/Screenshot"), [this]() { m_screenshots->makeScreenShot(); }},
         {QStringLiteral("Playback/Screenshot Series"), [this]() { m_screenshots->seriesButtonClick(); }},
         {QStringLiteral("Playback/Fit"), [this]() { m_sizer->fitButtonClick(); }},
@@ -688,6 +698,11 @@ void MainWndController::buildMainMenu()
     shortcut("NorvikPlayer/Preferences…", QKeySequence(Qt::CTRL | Qt::Key_Comma));
     shortcut("Playback/Screenshot", QKeySequence(Qt::SHIFT | Qt::Key_S));
     shortcut("Window/Minimize", QKeySequence(Qt::CTRL | Qt::Key_M));
+    shortcut("History/Back", QKeySequence(Qt::ALT | Qt::Key_Left));
+    shortcut("History/Home", QKeySequence(Qt::ALT | Qt::Key_Home));
+    shortcut("History/Download All", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    if (QAction *clear = actions.value(QStringLiteral("History/Recent Pages/Clear History")))
+        m_web->setHistoryMenu(qobject_cast<QMenu *>(clear->parent()));
     // The window's keys must work in the detached and fullscreen windows too.
     for (QAction *action : actions)
     {
@@ -841,6 +856,7 @@ void MainWndController::buildWindowModes()
     buildHUD();
     buildStatusPanel();
     buildScreenshots();
+    buildBrowser();
     // A double-click on the picture toggles fullscreen wherever it is.
     m_playerPanel->screen()->installEventFilter(this);
     connect(m_playback.get(), &ZBPlaybackController::playingItemChanged, this,
@@ -892,6 +908,8 @@ void MainWndController::setMode()
     if (layout.stopPlayback && m_playback->playingItem())
         m_playback->stopPlayback();
     m_layout->applyContentLayout(layout);
+    if (layout.showsBrowser)
+        m_web->ensureStarted();
     m_led->setContentMode(content);
     m_led->setBackFromPreviewVisible(content == ZBContentLayout::Preview);
     windowTitleChanged();
@@ -994,6 +1012,7 @@ ZBCommandState MainWndController::commandState() const
     state.volume = m_playback->volume();
     state.volumeBeforeMute = m_playback->volumeBeforeMute();
     state.showTutorial = m_settings->showTutorial;
+    m_web->fillCommandState(state);
     state.hudVisible = m_hud && m_hud->isVisible();
     state.screenshotSeriesInProgress = m_screenshots && m_screenshots->isSeriesInProgress();
     return state;
@@ -1188,4 +1207,52 @@ void MainWndController::updateScreenSaver()
     m_screenSaver->setInhibited(m_windowModes->displayMode() == ZBViewModes::Fullscreen && m_playback->isPlaying()
                                     && m_settings->option_dontAllowScreensaver,
                                 ZBLocalizer::localizedStringForKey(QStringLiteral("screenSaverInhibitReason")));
+}
+
+void MainWndController::buildBrowser()
+{
+    ZBWebController::WindowHooks hooks;
+    hooks.contentMode = [this]() { return mode(); };
+    hooks.setContentMode = [this](int content) { showBrowsing(content); };
+    hooks.showBrowsing = [this]() { showBrowsing(0); };
+    m_web = std::make_unique<ZBWebController>(m_library.get(), m_settings.get(), m_layout, m_led, m_notifications,
+                                              std::move(hooks));
+    connect(m_web.get(), &ZBWebController::playRequested, this, &MainWndController::playDownloadedItem);
+    connect(m_web.get(), &ZBWebController::libraryChanged, this, [this]() {
+        reloadTrackList();
+        m_pane->treeModel()->reloadLastDownloadsCounters();
+    });
+    connect(m_web.get(), &ZBWebController::stateChanged, this, [this]() {
+        if (m_validator)
+            m_validator->scheduleValidation();
+    });
+}
+
+void MainWndController::showBrowsing(int browsingMode)
+{
+    if (browsingMode != 0 && browsingMode != 3)
+    {
+        m_browsingMode = -1;
+        setMode();
+        return;
+    }
+    const QModelIndex downloads = m_pane->treeModel()->rootIndex(ZBLibraryTree::DownloadsRoot);
+    const QModelIndex nowBrowsing = m_pane->treeModel()->index(0, 0, downloads);
+    m_browsingMode = browsingMode;
+    if (nowBrowsing.isValid() && m_pane->sourceList()->currentIndex() != nowBrowsing)
+    {
+        m_pane->sourceList()->expand(downloads);
+        m_pane->sourceList()->setCurrentIndex(nowBrowsing);
+    }
+    setMode();
+}
+
+void MainWndController::playDownloadedItem(const QString &itemUUID)
+{
+    ZBItem *item = m_library->itemByUUID(itemUUID);
+    if (!item)
+        return;
+    m_pane->selectList(m_library->allTracksUUID());
+    if (const int row = m_trackModel->rowOf(item); row >= 0)
+        playRow(row);
 }

@@ -19,6 +19,7 @@ class ZBHUDWindow;
 class ZBVideoSizer;
 class ZBScreenshotController;
 class ZBLed;
+class ZBWebController;
 class ZBNotificationCenter;
 class ZBScreenSaverInhibitor;
 class ZBWindowModes;
@@ -109,8 +110,6 @@ public:
     // told never to.
     bool applicationShouldTerminate();
     void quit();
-    // Downloads under way; the quit question depends on it.
-    void setTotalNumberOfDownloads(int count) { m_totalNumberOfDownloads = count; }
 
     // Hands the start screen its texts and the remembered tutorial state.
     void sendFunctionsToTutorial();
@@ -124,6 +123,7 @@ public:
     ZBPlaybackController *playback() const { return m_playback.get(); }
     ZBScreenshotController *screenshots() const { return m_screenshots; }
     ZBLed *statusPanel() const { return m_led; }
+    ZBWebController *web() const { return m_web.get(); }
     ZBTrackListModel *trackModel() const { return m_trackModel; }
     QTableView *trackTable() const { return m_trackTable; }
 
@@ -148,6 +148,11 @@ private:
     void buildHUD();
     void buildScreenshots();
     void buildStatusPanel();
+    void buildBrowser();
+    // Shows "Now Browsing" and the browser (content mode `browsingMode`).
+    void showBrowsing(int browsingMode);
+    // A track the download tree offers to play.
+    void playDownloadedItem(const QString &itemUUID);
     // Held off while the picture fills the screen and plays, if the user
     // asked for that.
     void updateScreenSaver();
@@ -185,7 +190,6 @@ private:
     QList<PendingImport> m_pendingImports;
     std::unique_ptr<ZBLibraryDialogs> m_libraryDialogs;
     std::unique_ptr<ZBLibraryPane> m_pane;
-    int m_totalNumberOfDownloads = 0;
     QString m_lastURL;
     std::unique_ptr<ZBMprisService> m_mpris;
     ZBPlayerPanel *m_playerPanel = nullptr;
@@ -203,6 +207,7 @@ private:
     ZBLed *m_led = nullptr;
     ZBNotificationCenter *m_notifications = nullptr;
     ZBScreenSaverInhibitor *m_screenSaver = nullptr;
+    std::unique_ptr<ZBWebController> m_web;
     ZBTrackListModel *m_trackModel = nullptr;
     QTableView *m_trackTable = nullptr;
 };

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -36,6 +37,9 @@ ZBMainWindowLayout::ZBMainWindowLayout(QMainWindow *window, ZBPlayerPanel *playe
     , m_urlPane(new QWidget)
     , m_urlField(new QComboBox)
     , m_go(new QPushButton(text("buttonGo")))
+    , m_back(new QToolButton)
+    , m_spinner(new QProgressBar)
+    , m_filter(new QComboBox)
     , m_viewStack(new QStackedWidget)
     , m_playerPane(player)
     , m_webPlaceholder(new QLabel)
@@ -57,10 +61,27 @@ ZBMainWindowLayout::ZBMainWindowLayout(QMainWindow *window, ZBPlayerPanel *playe
     m_urlField->setObjectName(QStringLiteral("urlField"));
     m_urlField->lineEdit()->setPlaceholderText(text("urlFieldPlaceholder"));
     m_urlField->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_back->setIcon(m_back->style()->standardIcon(QStyle::SP_ArrowBack));
+    m_back->setObjectName(QStringLiteral("backButton"));
+    m_back->setEnabled(false);
+    m_back->setAutoRaise(true);
+    auto *spinner = static_cast<QProgressBar *>(m_spinner);
+    spinner->setRange(0, 0);
+    spinner->setMaximumSize(48, 10);
+    spinner->setTextVisible(false);
+    spinner->hide();
+    m_filter->setObjectName(QStringLiteral("downloadsFilter"));
+    m_filter->setToolTip(text("tooltipFilterBar"));
+    for (const char *key : {"prefShowAll", "prefShowFlashOnly", "prefShowVideoOnly", "prefShowMediaOnly"})
+        m_filter->addItem(text(key));
     auto *urlLayout = new QHBoxLayout(m_urlPane);
     urlLayout->setContentsMargins(4, 2, 4, 2);
+    urlLayout->addWidget(m_back);
     urlLayout->addWidget(m_urlField);
+    urlLayout->addWidget(m_spinner);
     urlLayout->addWidget(m_go);
+    urlLayout->addSpacing(8);
+    urlLayout->addWidget(m_filter);
     m_urlPane->setMaximumHeight(m_urlPane->sizeHint().height());
 
     auto *placeholder = static_cast<QLabel *>(m_webPlaceholder);
@@ -210,6 +231,17 @@ void ZBMainWindowLayout::applyContentLayout(const ZBContentLayout &layout)
     m_listButton->setToolTip(ZBLocalizer::localizedStringForKey(layout.listButtonToolTipKey));
     for (QToolButton *button : {m_detach, m_fullscreen, m_hud})
         button->setEnabled(layout.playerModeButtonsEnabled);
+}
+
+void ZBMainWindowLayout::setWebView(QWidget *view)
+{
+    const bool showing = m_viewStack->currentWidget() == m_webPlaceholder;
+    m_viewStack->removeWidget(m_webPlaceholder);
+    m_webPlaceholder->deleteLater();
+    m_webPlaceholder = view;
+    m_viewStack->insertWidget(1, view);
+    if (showing)
+        m_viewStack->setCurrentWidget(view);
 }
 
 QWidget *ZBMainWindowLayout::playerPane() const

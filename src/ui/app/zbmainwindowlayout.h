@@ -43,6 +43,13 @@ public:
     QWidget *playerPane() const;
     QComboBox *urlField() const { return m_urlField; }
     QPushButton *goButton() const { return m_go; }
+    QToolButton *backButton() const { return m_back; }
+    // Turns while a page loads.
+    QWidget *spinner() const { return m_spinner; }
+    // All, Flash, Video, Media: what the download tree shows.
+    QComboBox *filterBox() const { return m_filter; }
+    // The web page takes the placeholder's place once the browser exists.
+    void setWebView(QWidget *view);
     QTreeView *downloadsTable() const { return m_downloads; }
     QToolButton *paneButton(Pane pane) const;
     QToolButton *switchModeButton() const { return m_switchMode; }
@@ -73,6 +80,9 @@ private:
     QWidget *m_urlPane;
     QComboBox *m_urlField;
     QPushButton *m_go;
+    QToolButton *m_back;
+    QWidget *m_spinner;
+    QComboBox *m_filter;
     QStackedWidget *m_viewStack;
     QWidget *m_playerPane;
     QWidget *m_webPlaceholder;
