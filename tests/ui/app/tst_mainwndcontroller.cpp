@@ -149,6 +149,8 @@ private Q_SLOTS:
         const int tracks = controller.trackModel()->rowCount();
         controller.openArguments({QStringLiteral("norvikplayer://http://example.com/a%20b.html")});
         QCOMPARE(controller.lastURL(), QStringLiteral("http://example.com/a b.html"));
+        QCOMPARE(controller.mode(), 0);
+        controller.switchMode();
         QCOMPARE(controller.trackModel()->rowCount(), tracks);
 
         // A playlist file opened with the program becomes a list, shown, and
