@@ -1,15 +1,43 @@
 #pragma once
 
+#include <QHash>
 #include <QStringList>
 #include <QTextStream>
+
+#include <optional>
+
+#include "playback/zbswfheader.h"
 
 class ZBLibraryController;
 
 // The commands of norvikctl, each over the same library core the player uses.
-// Every command returns the process exit code; errors go to `err`.
+// Every command returns the process exit code; errors go to `err`. The
+// dispatcher, the usage and the shared helpers live in ctlcommands.cpp; the
+// command families in ctllibrary.cpp, ctlmedia.cpp and ctlflash.cpp.
 class ZBCtlCommands
 {
 public:
+    // Options of the form --name VALUE, taken out of `arguments`; what is left
+    // are the positional arguments.
+    class Options
+    {
+    public:
+        Options(const QStringList &arguments, const QStringList &valued, const QStringList &flags);
+
+        QString error() const { return m_error; }
+        const QStringList &positional() const { return m_positional; }
+        bool has(const QString &name) const { return m_values.contains(name); }
+        QString value(const QString &name, const QString &fallback = QString()) const
+        {
+            return m_values.value(name, fallback);
+        }
+
+    private:
+        QHash<QString, QString> m_values;
+        QStringList m_positional;
+        QString m_error;
+    };
+
     ZBCtlCommands(ZBLibraryController &library, QTextStream &out, QTextStream &err);
 
     int run(const QString &command, const QStringList &arguments);
@@ -22,6 +50,14 @@ public:
                               QTextStream &err);
 
 private:
+    // The movie a file holds: the file itself, or the one inside a projector.
+    struct FlashMovie
+    {
+        QString origin;
+        ZBSwfHeader::Info header;
+    };
+    static std::optional<FlashMovie> flashMovieIn(const QString &path);
+
     int lists(const QStringList &arguments);
     int addTrack(const QStringList &arguments);
     int list(const QStringList &arguments);
