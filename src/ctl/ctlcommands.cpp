@@ -129,6 +129,15 @@ QString ZBCtlCommands::usage()
         "                                fetch a file into DIR (default: the player's downloads folder) under\n"
         "                                the name the player would give it; prints the saved path. With\n"
         "                                --data-dir a media file is also added to that library\n"
+        "  capture URL [--wait SECONDS] [--filter all|flash|video|media] [--json]\n"
+        "                                browse to URL without a window and print what the page requested,\n"
+        "                                as the download tree lists it (default filter: media); capture ends\n"
+        "                                SECONDS (default 3) after the page finished and went quiet, or 60\n"
+        "                                seconds after that could first have happened\n"
+        "  capture URL --download [--to DIR] [--filter F]\n"
+        "                                then save the page as Download All does, into DIR (default: the\n"
+        "                                player's downloads folder); prints each saved path. With\n"
+        "                                --data-dir finished media are also added to that library\n"
         "\n"
         "The library lives in the program's data folder unless --data-dir names another.\n");
 }

@@ -13,12 +13,14 @@
 
 int main(int argc, char *argv[])
 {
-    // Snapshots of Flash movies render in a web page: that takes the
-    // graphical application object, on the offscreen platform unless the
+    // Snapshots of Flash movies and captures render in a web page: that takes
+    // the graphical application object, on the offscreen platform unless the
     // caller chose one. Every other command stays a plain console program.
     std::unique_ptr<QCoreApplication> application;
     const int commandIndex = argc > 1 && std::strcmp(argv[1], "--data-dir") == 0 ? 3 : 1;
-    if (commandIndex < argc && std::strcmp(argv[commandIndex], "snapshot") == 0)
+    if (commandIndex < argc
+        && (std::strcmp(argv[commandIndex], "snapshot") == 0
+            || ZBCtlWeb::needsGui(QString::fromLocal8Bit(argv[commandIndex]))))
     {
         if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
             qputenv("QT_QPA_PLATFORM", "offscreen");
