@@ -284,8 +284,11 @@ int ZBCtlWeb::capture(const QStringList &arguments, const QString &dataDir, QTex
     });
     QObject::connect(&view, &ZBBrowserView::mainFrameLoadFailed, capturing.get(),
                      [&](const QUrl &where, ZBBrowserView::FailureKind kind, int code, const QString &description) {
+                         // The first word is the main page's; what follows is about the
+                         // engine's own error page.
+                         if (std::exchange(failed, true))
+                             return;
                          const QString address = where.toDisplayString();
-                         failed = true;
                          if (kind == ZBBrowserView::FailureKind::Connection)
                              failure = QStringLiteral("cannot connect to %1: %2").arg(address, description);
                          else if (kind == ZBBrowserView::FailureKind::HttpStatus)
