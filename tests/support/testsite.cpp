@@ -166,10 +166,11 @@ void TestSite::addRoute(const QByteArray &path, const Route &route)
     m_routes.insert(path, route);
 }
 
-void TestSite::addFile(const QByteArray &path, const QByteArray &body)
+void TestSite::addFile(const QByteArray &path, const QByteArray &body, const QByteArray &contentType)
 {
     Route route;
     route.body = body;
+    route.contentType = contentType;
     addRoute(path, route);
 }
 

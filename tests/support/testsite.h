@@ -44,7 +44,7 @@ public:
     bool isListening() const { return m_port != 0; }
     QUrl url(const QString &path) const;
     void addRoute(const QByteArray &path, const Route &route);
-    void addFile(const QByteArray &path, const QByteArray &body);
+    void addFile(const QByteArray &path, const QByteArray &body, const QByteArray &contentType = "application/octet-stream");
     // The last request for the path; an empty one when there was none.
     Request lastRequest(const QByteArray &path) const;
     // A cheap pattern in which a byte missed or doubled shows.
