@@ -31,30 +31,37 @@ ZBDownloadManager::ZBDownloadManager(ZBCaptureTree &tree, ZBLibraryController *l
 {
     // A page that leaves the list takes its running transfers with it.
     connect(&m_tree, &ZBCaptureTree::pagesAboutToBeCleared, this, [this]() {
-        for (ZBDownloadTask *task : std::as_const(m_tasks))
-            task->cancel();
-        qDeleteAll(m_tasks);
-        m_tasks.clear();
-        m_taskItems.clear();
+        for (const Transfer &transfer : std::as_const(m_transfers))
+        {
+            transfer.task->cancel();
+            transfer.task->deleteLater();
+        }
+        m_transfers.clear();
         m_numberOfDownloads = m_totalNumberOfDownloads = 0;
-        m_totalExpectedBytes = m_totalReceivedBytes = 0;
         setDownloadingInfo();
     });
     connect(&m_tree, &ZBCaptureTree::pageAboutToBeRemoved, this, [this](int index) {
         ZBDownloadItem *page = m_tree.pages().value(index);
-        for (auto it = m_taskItems.cbegin(); it != m_taskItems.cend(); ++it)
+        // Collected first: a reset changes the list of transfers.
+        QList<ZBDownloadItem *> doomed;
+        for (const Transfer &transfer : std::as_const(m_transfers))
         {
-            if (it.value() == page || it.value()->isInSubtreeOf(page))
-                resetDownloadForItem(it.value());
+            if (transfer.item == page || transfer.item->isInSubtreeOf(page))
+                doomed << transfer.item;
         }
+        for (ZBDownloadItem *item : std::as_const(doomed))
+            resetDownloadForItem(item);
+        setDownloadingInfo();
     });
 }
 
 ZBDownloadManager::~ZBDownloadManager()
 {
-    for (ZBDownloadTask *task : std::as_const(m_tasks))
-        task->cancel();
-    qDeleteAll(m_tasks);
+    for (const Transfer &transfer : std::as_const(m_transfers))
+    {
+        transfer.task->cancel();
+        delete transfer.task;
+    }
 }
 
 QString ZBDownloadManager::titleWithoutExtension(const ZBDownloadItem *item)
@@ -64,9 +71,35 @@ QString ZBDownloadManager::titleWithoutExtension(const ZBDownloadItem *item)
     return dot > 0 ? title.left(dot) : title;
 }
 
-bool ZBDownloadManager::isVisibleChild(const ZBDownloadItem *parent, const ZBDownloadItem *child) const
+bool ZBDownloadManager::isRunningPackage(const ZBDownloadItem *item)
 {
-    return parent->childrenWithFilter(m_tree.currentFilter()).contains(const_cast<ZBDownloadItem *>(child));
+    return item->isDirectDownload() && ZBDownloadItem::isFlashType(item->resourceType()) &&
+           !item->resources().isEmpty();
+}
+
+bool ZBDownloadManager::isBusy(const ZBDownloadItem *item) const
+{
+    return transferIdOf(item) != 0 ||
+           (item->isDirectDownload() && item->availableAction() == ZBDownloadItem::CancelAction);
+}
+
+quint64 ZBDownloadManager::transferIdOf(const ZBDownloadItem *item) const
+{
+    const quint64 id = item ? item->downloadID() : 0;
+    return id && m_transfers.value(id).item == item ? id : 0;
+}
+
+ZBDownloadItem *ZBDownloadManager::itemForTask(quint64 id) const
+{
+    return m_transfers.value(id).item;
+}
+
+ZBDownloadItem *ZBDownloadManager::counterFor(ZBDownloadItem *item) const
+{
+    if (isRunningPackage(item))
+        return item;
+    ZBDownloadItem *parent = item->parent();
+    return parent && parent->isDirectDownload() ? parent : nullptr;
 }
 
 QString ZBDownloadManager::createFolderForResource(ZBDownloadItem *item)
@@ -83,8 +116,14 @@ QString ZBDownloadManager::createFolderForResource(ZBDownloadItem *item)
 
 bool ZBDownloadManager::downloadItem(ZBDownloadItem *item)
 {
-    if (!item || item->saved())
+    if (!item || item->saved() || isBusy(item))
         return false;
+    if (m_downloadsFolder.isEmpty())
+    {
+        // Never the file system's root or the working folder.
+        qWarning().noquote() << "No downloads folder is set; nothing is downloaded.";
+        return false;
+    }
     const int filter = m_tree.currentFilter();
     if (!item->parent() && item->numberOfChildrenWithFilter(filter) == 0)
         return false;
@@ -114,17 +153,26 @@ bool ZBDownloadManager::downloadItem(ZBDownloadItem *item)
             QFile::moveToTrash(earlier);
     }
     item->setResourceDownloadDir(folder);
+    // Whole from here on: the files started below count towards it.
+    item->setIsDirectDownload(true);
+    item->setReceivedResourcesCount(0);
+    int expected = 0;
     if (flash && hasChildren)
     {
         const QString package = ZBDownloadPaths::flashPackageFolder(folder, item->resourceTitle(), item->resourceUrl());
         QDir().mkpath(package);
         item->setResourceDownloadDir(package);
         item->setSourcePageTitle(parent ? parent->sourcePageTitle() : item->resourceTitle());
+        // The movie itself is one of the package's files.
         startDownloadingOfItem(item);
+        ++expected;
     }
-    int expected = 0;
     for (ZBDownloadItem *child : item->childrenWithFilter(filter))
     {
+        ++expected;
+        // A file already on its way (started on its own) counts as it is.
+        if (isBusy(child))
+            continue;
         child->setSaved(false);
         child->setSourcePageTitle(item->resourceTitle());
         if (flash)
@@ -135,7 +183,7 @@ bool ZBDownloadManager::downloadItem(ZBDownloadItem *item)
             child->setResourceDownloadDir(childFolder);
             startDownloadingOfItem(child);
         }
-        else if (ZBDownloadItem::isFlashType(child->resourceType()))
+        else if (ZBDownloadItem::isFlashType(child->resourceType()) && !child->resources().isEmpty())
         {
             downloadItem(child);
         }
@@ -145,11 +193,10 @@ bool ZBDownloadManager::downloadItem(ZBDownloadItem *item)
             child->setResourceDownloadDir(folder);
             startDownloadingOfItem(child);
         }
-        ++expected;
     }
-    item->setExpectedResourcesCount(item->expectedResourcesCount() + expected);
-    item->setIsDirectDownload(true);
+    item->setExpectedResourcesCount(expected);
     item->setReceivedBytesLength(0);
+    item->setInProgress(true);
     item->setAvailableAction(ZBDownloadItem::CancelAction);
     m_tree.notifyItemChanged(item);
     return true;
@@ -157,22 +204,28 @@ bool ZBDownloadManager::downloadItem(ZBDownloadItem *item)
 
 void ZBDownloadManager::startDownloadingOfItem(ZBDownloadItem *item)
 {
-    if (!item || m_taskItems.key(item))
+    if (!item || transferIdOf(item))
         return;
+    // An address nobody can fetch still becomes a task: it fails with a
+    // reason the user sees, and the page's count goes on.
     const QUrl url(ZBCaptureTree::requestUrl(item->resourceUrl()));
-    if (!url.isValid() || url.scheme().isEmpty())
-        return;
     if (item->resourceDownloadDir().isEmpty())
         item->setResourceDownloadDir(createFolderForResource(item));
 
     // A transfer the network broke left its part file: the same target
-    // takes up where it stopped.
+    // takes up where it stopped. A new download never takes over the part
+    // file of another one.
     QString target = item->resourceDownloadPath();
     if (item->saved() || target.isEmpty() || !QFileInfo::exists(target + ZBDownloadPaths::partSuffix())
         || QFileInfo(target).absolutePath() != QDir(item->resourceDownloadDir()).absolutePath())
     {
-        target = ZBDownloadPaths::addSuffixForDownload(titleWithoutExtension(item), item->resourceType(),
-                                                       item->resourceDownloadDir(), ZBDownloadTask::runningTargets());
+        QSet<QString> taken = ZBDownloadTask::runningTargets();
+        do
+        {
+            target = ZBDownloadPaths::addSuffixForDownload(titleWithoutExtension(item), item->resourceType(),
+                                                           item->resourceDownloadDir(), taken);
+            taken.insert(target);
+        } while (QFileInfo::exists(target + ZBDownloadPaths::partSuffix()));
     }
     item->setResourceDownloadPath(target);
 
@@ -183,8 +236,7 @@ void ZBDownloadManager::startDownloadingOfItem(ZBDownloadItem *item)
         task->setCookieJar(m_jar);
     if (const ZBDownloadItem *root = item->pageRoot(); root && root != item)
         task->setReferrer(QUrl(ZBCaptureTree::requestUrl(root->resourceUrl())));
-    m_tasks.insert(id, task);
-    m_taskItems.insert(id, item);
+    m_transfers.insert(id, Transfer{task, item});
 
     item->setResourceUUID(ZBAdditionalMethods::generateUUID());
     item->setDownloadID(id);
@@ -194,24 +246,27 @@ void ZBDownloadManager::startDownloadingOfItem(ZBDownloadItem *item)
     ++m_totalNumberOfDownloads;
 
     connect(task, &ZBDownloadTask::responseReceived, this, [this, id](const QUrl &finalUrl, qint64 expected) {
-        ZBDownloadItem *item = itemForTask(id);
-        if (!item)
+        auto transfer = m_transfers.find(id);
+        if (transfer == m_transfers.end())
             return;
+        ZBDownloadItem *item = transfer->item;
         item->setResourceUrl(ZBCaptureTree::capturedUrl(finalUrl.toString()));
         if (expected > 0)
         {
-            m_totalExpectedBytes += expected - std::max<qint64>(0, item->expectedBytesLength());
+            m_totalExpectedBytes += expected - transfer->expected;
+            transfer->expected = expected;
             item->setExpectedBytesLength(expected);
         }
         m_tree.notifyItemChanged(item);
     });
     connect(task, &ZBDownloadTask::progress, this, [this, id](qint64 received, qint64) {
-        ZBDownloadItem *item = itemForTask(id);
-        if (!item)
+        auto transfer = m_transfers.find(id);
+        if (transfer == m_transfers.end())
             return;
-        m_totalReceivedBytes += received - item->receivedBytesLength();
-        item->setReceivedBytesLength(received);
-        m_tree.notifyItemChanged(item);
+        m_totalReceivedBytes += received - transfer->received;
+        transfer->received = received;
+        transfer->item->setReceivedBytesLength(received);
+        m_tree.notifyItemChanged(transfer->item);
         Q_EMIT downloadingInfoChanged();
     });
     connect(task, &ZBDownloadTask::finished, this, [this, id](const QString &path) {
@@ -227,38 +282,27 @@ void ZBDownloadManager::startDownloadingOfItem(ZBDownloadItem *item)
     task->start();
 }
 
-ZBDownloadItem *ZBDownloadManager::itemForTask(quint64 id) const
+ZBDownloadTask *ZBDownloadManager::takeTransfer(ZBDownloadItem *item)
 {
-    return m_taskItems.value(id);
-}
-
-void ZBDownloadManager::dropTask(ZBDownloadItem *item)
-{
-    const quint64 id = m_taskItems.key(item);
+    const quint64 id = transferIdOf(item);
     if (!id)
-        return;
-    m_taskItems.remove(id);
-    if (ZBDownloadTask *task = m_tasks.take(id))
-    {
-        task->cancel();
-        task->deleteLater();
-    }
+        return nullptr;
+    const Transfer transfer = m_transfers.take(id);
+    m_totalExpectedBytes -= transfer.expected;
+    m_totalReceivedBytes -= transfer.received;
     item->setDownloadID(0);
+    transfer.task->deleteLater();
+    return transfer.task;
 }
 
 void ZBDownloadManager::finishItem(ZBDownloadItem *item, const QString &path)
 {
     ++m_numberOfDownloads;
-    const quint64 id = m_taskItems.key(item);
-    m_taskItems.remove(id);
-    if (ZBDownloadTask *task = m_tasks.take(id))
-        task->deleteLater();
-    item->setDownloadID(0);
+    ZBDownloadItem *counter = counterFor(item);
+    // The movie of a package is done when the package is.
+    const bool ownFileOfPackage = counter == item;
+    takeTransfer(item);
     item->setResourceDownloadPath(path);
-    item->setSaved(true);
-    item->setInProgress(false);
-    m_totalExpectedBytes -= std::max<qint64>(0, item->expectedBytesLength());
-    m_totalReceivedBytes -= item->receivedBytesLength();
 
     bool added = false;
     if (item->fileMustBeAddedToLibrary() && m_library)
@@ -274,112 +318,127 @@ void ZBDownloadManager::finishItem(ZBDownloadItem *item, const QString &path)
             Q_EMIT libraryChanged();
         }
     }
-    if (item->isDirectDownload())
-        Q_EMIT taskCompleted(text("logDownloadComplete").arg(item->resourceTitle()), path);
 
-    qint64 size = QFileInfo(path).size();
+    const qint64 size = QFileInfo(path).size();
     if (item->receivedBytesLength() > item->expectedBytesLength())
         item->setExpectedBytesLength(item->receivedBytesLength());
     if (item->expectedBytesLength() <= 0)
         item->setExpectedBytesLength(std::max<qint64>(1, size));
     item->setReceivedBytesLength(item->expectedBytesLength());
-    item->setAvailableAction(added ? ZBDownloadItem::PlayAction : ZBDownloadItem::ShowInFinderAction);
+    if (!ownFileOfPackage)
+    {
+        item->setSaved(true);
+        item->setInProgress(false);
+        if (item->isDirectDownload())
+            Q_EMIT taskCompleted(text("logDownloadComplete").arg(item->resourceTitle()), path);
+        item->setAvailableAction(added ? ZBDownloadItem::PlayAction : ZBDownloadItem::ShowInFinderAction);
+    }
     m_tree.notifyItemChanged(item);
     Q_EMIT itemFinished(item, path);
 
-    if (ZBDownloadItem *parent = item->parent(); parent && parent->isDirectDownload())
-    {
-        if (ZBDownloadItem::isFlashType(parent->resourceType()) && parent->resourceUrl() == item->resourceUrl())
-            parent->setResourceDownloadPath(path);
-        childEnded(parent, true);
-    }
+    if (counter)
+        childEnded(counter, true);
     setDownloadingInfo();
 }
 
-void ZBDownloadManager::childEnded(ZBDownloadItem *parent, bool)
+void ZBDownloadManager::childEnded(ZBDownloadItem *parent, bool saved, const QString &failure)
 {
-    parent->setReceivedResourcesCount(parent->receivedResourcesCount() + 1);
+    if (saved)
+        parent->setReceivedResourcesCount(parent->receivedResourcesCount() + 1);
+    else
+        parent->setExpectedResourcesCount(parent->expectedResourcesCount() - 1);
     if (parent->receivedResourcesCount() < parent->expectedResourcesCount())
     {
         m_tree.notifyItemChanged(parent);
         return;
     }
-    completeParent(parent);
+    if (parent->receivedResourcesCount() > 0)
+    {
+        completeParent(parent);
+        return;
+    }
+    // Nothing of it was saved: it can be downloaded again as it was.
+    ZBDownloadItem *grandparent = parent->parent();
+    const bool counted = grandparent && grandparent->isDirectDownload();
+    parent->setExpectedResourcesCount(0);
+    parent->setReceivedResourcesCount(0);
+    parent->setIsDirectDownload(false);
+    parent->setInProgress(false);
+    parent->setAvailableAction(ZBDownloadItem::DownloadAction);
+    if (!failure.isEmpty())
+        Q_EMIT taskCompleted(text("logDownloadFailedWithError").arg(failure), QString());
+    m_tree.notifyItemChanged(parent);
+    if (counted)
+        childEnded(grandparent, false, failure);
 }
 
 void ZBDownloadManager::completeParent(ZBDownloadItem *parent)
 {
     const bool flash = ZBDownloadItem::isFlashType(parent->resourceType());
+    ZBDownloadItem *grandparent = parent->parent();
+    const bool counted = grandparent && grandparent->isDirectDownload();
     parent->setExpectedResourcesCount(1);
     parent->setReceivedResourcesCount(1);
     parent->setSaved(true);
     parent->setInProgress(false);
-    parent->setAvailableAction(flash ? ZBDownloadItem::PlayAction : ZBDownloadItem::ShowInFinderAction);
     parent->setIsDirectDownload(false);
-    Q_EMIT taskCompleted(text("logDownloadComplete").arg(parent->resourceTitle()),
-                         flash ? parent->resourceDownloadPath() : parent->resourceDownloadDir());
+    ZBItem *track = nullptr;
     if (flash)
     {
+        // The movie first, then everything it loaded.
         QStringList paths;
+        const QString movie = parent->resourceDownloadPath();
+        const bool movieSaved = !movie.isEmpty() && QFileInfo(movie).isFile();
+        if (movieSaved)
+            paths << movie;
         for (const ZBDownloadItem *child : parent->resources())
         {
             if (child->saved() && !child->resourceDownloadPath().isEmpty())
                 paths << child->resourceDownloadPath();
         }
-        if (ZBItem *track = m_library ? m_library->itemByUUID(parent->resourceUUID()) : nullptr)
+        track = movieSaved && m_library && !parent->resourceUUID().isEmpty()
+                    ? m_library->itemByUUID(parent->resourceUUID())
+                    : nullptr;
+        if (track)
         {
             for (const QString &path : std::as_const(paths))
-                m_library->addResourceWithPath(path, path == parent->resourceDownloadPath(), track);
+                m_library->addResourceWithPath(path, path == movie, track);
         }
         QString error;
         if (!ZBDownloadPaths::writeReadme(parent->resourceDownloadDir(), paths, &error))
             qWarning().noquote() << "Cannot write the list of the Flash package's files:" << error;
     }
+    parent->setAvailableAction(track ? ZBDownloadItem::PlayAction : ZBDownloadItem::ShowInFinderAction);
+    Q_EMIT taskCompleted(text("logDownloadComplete").arg(parent->resourceTitle()),
+                         track ? parent->resourceDownloadPath() : parent->resourceDownloadDir());
     m_tree.notifyItemChanged(parent);
-    if (ZBDownloadItem *grandparent = parent->parent(); grandparent && grandparent->isDirectDownload())
+    if (counted)
         childEnded(grandparent, true);
 }
 
 void ZBDownloadManager::failItem(ZBDownloadItem *item, const QString &reason)
 {
     ++m_numberOfDownloads;
-    if (item->isDirectDownload())
-        Q_EMIT taskCompleted(text("logDownloadFailedWithError").arg(reason), QString());
-    m_totalExpectedBytes -= std::max<qint64>(0, item->expectedBytesLength());
-    m_totalReceivedBytes -= item->receivedBytesLength();
+    ZBDownloadItem *counter = counterFor(item);
+    const bool ownFileOfPackage = counter == item;
     // The part file of a broken transfer stays for the next try; only the
     // task goes.
-    const quint64 id = m_taskItems.key(item);
-    m_taskItems.remove(id);
-    if (ZBDownloadTask *task = m_tasks.take(id))
-        task->deleteLater();
-    item->setDownloadID(0);
+    takeTransfer(item);
     item->setReceivedBytesLength(0);
-    item->setAvailableAction(ZBDownloadItem::DownloadAction);
-    item->setIsDirectDownload(false);
-    item->setInProgress(false);
-    item->setSaved(false);
+    if (!ownFileOfPackage)
+    {
+        if (item->isDirectDownload())
+            Q_EMIT taskCompleted(text("logDownloadFailedWithError").arg(reason), QString());
+        item->setAvailableAction(ZBDownloadItem::DownloadAction);
+        item->setIsDirectDownload(false);
+        item->setInProgress(false);
+        item->setSaved(false);
+    }
     m_tree.notifyItemChanged(item);
     Q_EMIT itemFailed(item, reason);
 
-    if (ZBDownloadItem *parent = item->parent(); parent && parent->isDirectDownload())
-    {
-        parent->setExpectedResourcesCount(parent->expectedResourcesCount() - 1);
-        if (parent->receivedResourcesCount() < parent->expectedResourcesCount())
-        {
-            m_tree.notifyItemChanged(parent);
-        }
-        else
-        {
-            parent->setExpectedResourcesCount(1);
-            parent->setReceivedResourcesCount(1);
-            parent->setAvailableAction(ZBDownloadItem::ShowInFinderAction);
-            Q_EMIT taskCompleted(text("logDownloadComplete").arg(parent->resourceTitle()), QString());
-            parent->setIsDirectDownload(false);
-            parent->setInProgress(false);
-            m_tree.notifyItemChanged(parent);
-        }
-    }
+    if (counter)
+        childEnded(counter, false, reason);
     setDownloadingInfo();
 }
 
@@ -387,7 +446,12 @@ void ZBDownloadManager::resetDownloadForItem(ZBDownloadItem *item)
 {
     if (!item)
         return;
-    dropTask(item);
+    if (ZBDownloadTask *task = takeTransfer(item))
+    {
+        // Cancelled: the task takes its part file with it.
+        task->cancel();
+        --m_totalNumberOfDownloads;
+    }
     item->setReceivedBytesLength(0);
     item->setAvailableAction(ZBDownloadItem::DownloadAction);
     item->setIsDirectDownload(false);
@@ -400,43 +464,49 @@ void ZBDownloadManager::cancelDownloadOfItem(ZBDownloadItem *item)
 {
     if (!item || item->saved())
         return;
-    const bool container = !item->parent() || ZBDownloadItem::isFlashType(item->resourceType());
+    const bool container = !item->parent() || isRunningPackage(item);
     if (!container)
     {
-        m_totalExpectedBytes -= std::max<qint64>(0, item->expectedBytesLength());
-        m_totalReceivedBytes -= item->receivedBytesLength();
-        if (m_taskItems.key(item))
-            --m_totalNumberOfDownloads;
-        dropTask(item);
-        // A cancelled file leaves nothing behind, not even its part.
-        QFile::remove(item->resourceDownloadPath() + ZBDownloadPaths::partSuffix());
-        item->setReceivedBytesLength(0);
-        item->setInProgress(false);
-        item->setAvailableAction(ZBDownloadItem::DownloadAction);
-        if (ZBDownloadItem *parent = item->parent())
-        {
-            parent->setExpectedResourcesCount(parent->expectedResourcesCount() - 1);
-            if (parent->receivedResourcesCount() >= parent->expectedResourcesCount())
-            {
-                parent->setAvailableAction(ZBDownloadItem::DownloadAction);
-                parent->setIsDirectDownload(false);
-                m_tree.notifyItemChanged(parent);
-            }
-        }
+        // Only a running file; a failed one keeps its part for a resume.
+        if (!transferIdOf(item))
+            return;
+        ZBDownloadItem *counter = counterFor(item);
+        resetDownloadForItem(item);
+        if (counter)
+            childEnded(counter, false);
     }
     else
     {
-        for (ZBDownloadItem *child : item->childrenWithFilter(m_tree.currentFilter()))
+        ZBDownloadItem *parent = item->parent();
+        const bool counted = parent && parent->isDirectDownload() && item->isDirectDownload();
+        // What ends below it from now on no longer counts towards it.
+        item->setIsDirectDownload(false);
+        // Every running file below it, whatever the filter shows now.
+        for (ZBDownloadItem *child : item->resources())
         {
-            if (child->availableAction() != ZBDownloadItem::CancelAction)
-                continue;
-            if (m_taskItems.key(child))
-                --m_totalNumberOfDownloads;
-            QFile::remove(child->resourceDownloadPath() + ZBDownloadPaths::partSuffix());
-            resetDownloadForItem(child);
+            if (isRunningPackage(child))
+                cancelDownloadOfItem(child);
+            if (transferIdOf(child) || child->availableAction() == ZBDownloadItem::CancelAction)
+                resetDownloadForItem(child);
         }
         item->setReceivedResourcesCount(0);
+        item->setExpectedResourcesCount(0);
         item->setAvailableAction(ZBDownloadItem::DownloadAction);
+        item->setInProgress(false);
+        // A package's own movie goes on as a file of its own and tells its
+        // page when it ends; a movie already over tells it now.
+        if (counted && !transferIdOf(item))
+        {
+            const bool movieSaved = QFileInfo(item->resourceDownloadPath()).isFile();
+            if (movieSaved)
+            {
+                item->setSaved(true);
+                item->setAvailableAction(m_library && m_library->itemByUUID(item->resourceUUID())
+                                             ? ZBDownloadItem::PlayAction
+                                             : ZBDownloadItem::ShowInFinderAction);
+            }
+            childEnded(parent, movieSaved);
+        }
     }
     setDownloadingInfo();
     m_tree.notifyItemChanged(item);

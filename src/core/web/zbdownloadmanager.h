@@ -54,7 +54,7 @@ public:
     qint64 totalExpectedBytes() const { return m_totalExpectedBytes; }
     qint64 totalReceivedBytes() const { return m_totalReceivedBytes; }
     // The transfers running now.
-    int runningCount() const { return int(m_tasks.size()); }
+    int runningCount() const { return int(m_transfers.size()); }
 
 Q_SIGNALS:
     // The batch's counters changed: the status panel shows
@@ -70,16 +70,34 @@ Q_SIGNALS:
     void itemFailed(ZBDownloadItem *item, const QString &reason);
 
 private:
+    // One running file and what it has added to the batch's byte totals.
+    struct Transfer
+    {
+        ZBDownloadTask *task = nullptr;
+        ZBDownloadItem *item = nullptr;
+        qint64 expected = 0;
+        qint64 received = 0;
+    };
+
     void finishItem(ZBDownloadItem *item, const QString &path);
     void failItem(ZBDownloadItem *item, const QString &reason);
-    // The parent of an item that ended in whole-page mode counts it; the
-    // last one completes the page (or the Flash package).
-    void childEnded(ZBDownloadItem *parent, bool saved);
+    // Whoever counts the end of the item's file: a Flash package its own
+    // movie, a page (or package) downloaded whole each of its files.
+    ZBDownloadItem *counterFor(ZBDownloadItem *item) const;
+    // One file of `parent` ended: saved, or not (failed with `failure`,
+    // cancelled without). The last one completes the page or the package.
+    void childEnded(ZBDownloadItem *parent, bool saved, const QString &failure = QString());
     void completeParent(ZBDownloadItem *parent);
     void setDownloadingInfo();
-    void dropTask(ZBDownloadItem *item);
+    // Forgets the item's transfer, taking its bytes off the totals; returns
+    // the task, to be cancelled or not by the caller.
+    ZBDownloadTask *takeTransfer(ZBDownloadItem *item);
+    quint64 transferIdOf(const ZBDownloadItem *item) const;
     ZBDownloadItem *itemForTask(quint64 id) const;
-    bool isVisibleChild(const ZBDownloadItem *parent, const ZBDownloadItem *child) const;
+    // A Flash movie downloaded with what it loaded, still on its way.
+    static bool isRunningPackage(const ZBDownloadItem *item);
+    // A page or a package being downloaded whole, or a file on its way.
+    bool isBusy(const ZBDownloadItem *item) const;
     static QString titleWithoutExtension(const ZBDownloadItem *item);
 
     ZBCaptureTree &m_tree;
@@ -88,8 +106,7 @@ private:
     QPointer<QNetworkCookieJar> m_jar;
     int m_stallTimeout = 60000;
     quint64 m_nextTaskId = 1;
-    QHash<quint64, ZBDownloadTask *> m_tasks;
-    QHash<quint64, ZBDownloadItem *> m_taskItems;
+    QHash<quint64, Transfer> m_transfers;
 
     int m_numberOfDownloads = 0;
     int m_totalNumberOfDownloads = 0;
