@@ -22,12 +22,14 @@
 #include <QImage>
 #include <QRandomGenerator>
 #include <QSplitter>
+#include <QThread>
 #include <QTimer>
 #include <QTreeView>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 
 #include "engines/flash/zbflashview.h"
@@ -41,6 +43,82 @@
 
 namespace
 {
+// With NVK_BENCH_TRACE set, every turn of the event loop longer than this
+// says which events took its time.
+constexpr double TraceTurnMs = 30;
+
+// Keeps, per turn of the event loop, the time spent per receiver class and
+// event type (outermost deliveries only), for NVK_BENCH_TRACE.
+class TracingApplication : public QApplication
+{
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        // Other threads (the site's, the network's) deliver through here too.
+        if (!tracing || QThread::currentThread() != thread())
+            return QApplication::notify(receiver, event);
+        if (depth > 0)
+        {
+            ++depth;
+            const bool result = QApplication::notify(receiver, event);
+            --depth;
+            return result;
+        }
+        QByteArray key = receiver->metaObject()->className();
+        key += '/';
+        key += QByteArray::number(int(event->type()));
+        if (event->type() == QEvent::MetaCall)
+            key += " (queued call)";
+        QElapsedTimer clock;
+        clock.start();
+        const double cpuBefore = threadCpuMs();
+        ++depth;
+        const bool result = QApplication::notify(receiver, event);
+        --depth;
+        auto &entry = turn[key];
+        entry.wall += clock.nsecsElapsed() / 1e6;
+        entry.cpu += threadCpuMs() - cpuBefore;
+        ++entry.count;
+        return result;
+    }
+
+    void reportTurn(double gapMs)
+    {
+        if (gapMs > TraceTurnMs)
+        {
+            QList<std::pair<Cost, QByteArray>> parts;
+            for (auto it = turn.cbegin(); it != turn.cend(); ++it)
+                parts.append({*it, it.key()});
+            std::sort(parts.begin(), parts.end(), [](auto &a, auto &b) { return a.first.wall > b.first.wall; });
+            std::fprintf(stderr, "turn of %.1f ms:", gapMs);
+            for (qsizetype i = 0; i < qMin<qsizetype>(4, parts.size()); ++i)
+                std::fprintf(stderr, " %s x%d %.1f ms (cpu %.1f);", parts.at(i).second.constData(),
+                             parts.at(i).first.count, parts.at(i).first.wall, parts.at(i).first.cpu);
+            std::fprintf(stderr, "\n");
+        }
+        turn.clear();
+    }
+
+    bool tracing = qEnvironmentVariableIsSet("NVK_BENCH_TRACE");
+    int depth = 0;
+    struct Cost
+    {
+        double wall = 0, cpu = 0;
+        int count = 0;
+    };
+    QHash<QByteArray, Cost> turn;
+
+private:
+    static double threadCpuMs()
+    {
+        timespec now{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+        return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
+    }
+};
+
 constexpr int LoadRuns = 15;
 constexpr double LoadGoal = 1.05;
 constexpr int Images = 30;
@@ -265,7 +343,7 @@ public:
 // tree below, both shown.
 struct Browser
 {
-    Browser()
+    Browser(bool uniformRows, bool probing)
         : model(tree)
     {
         splitter.setOrientation(Qt::Vertical);
@@ -275,10 +353,17 @@ struct Browser
         splitter.addWidget(treeView);
         splitter.resize(1024, 900);
         splitter.setSizes({600, 300});
+        // Every row of the tree is one line in the same fonts. Told so, the
+        // view computes one row's height; left to find out, it lays out the
+        // text of every row above the one it draws or updates, again after
+        // each batch of new rows and for each row whose size arrives
+        // (--varying-row-heights shows what that costs).
+        treeView->setUniformRowHeights(uniformRows);
         treeView->setModel(&model);
         QObject::connect(&model, &ZBDownloadTreeModel::expandRequested, treeView, &QTreeView::expand);
         probe.setCookieJar(view->cookieJar());
-        tree.setResourceProbe(&probe);
+        if (probing)
+            tree.setResourceProbe(&probe);
         splitter.show();
     }
 
@@ -345,11 +430,13 @@ public:
             const qint64 now = m_clock.nsecsElapsed();
             gaps.append((now - m_last) / 1e6);
             m_last = now;
+            static_cast<TracingApplication *>(qApp)->reportTurn(gaps.last());
         });
     }
     void start()
     {
         gaps.clear();
+        static_cast<TracingApplication *>(qApp)->turn.clear();
         m_clock.start();
         m_last = 0;
         m_timer.start();
@@ -572,7 +659,7 @@ int main(int argc, char *argv[])
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     ZBFlashView::prepareApplication();
-    QApplication app(argc, argv);
+    TracingApplication app(argc, argv);
 
     BenchSite site;
     if (!site.site.isListening())
@@ -580,8 +667,11 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "the test site is not listening\n");
         return 1;
     }
-    Browser browser;
     const QStringList args = app.arguments();
+    const bool uniformRows = !args.contains(QStringLiteral("--varying-row-heights"));
+    // --no-probe: what capture costs without asking servers for sizes.
+    Browser browser(uniformRows, !args.contains(QStringLiteral("--no-probe")));
+    std::printf("download tree: %s row heights\n\n", uniformRows ? "uniform" : "varying (Qt's default)");
     const bool onlyBusy = args.contains(QStringLiteral("--busy"));
     const bool onlyLoad = args.contains(QStringLiteral("--load"));
     if (!onlyBusy && !pageLoads(browser, site))
