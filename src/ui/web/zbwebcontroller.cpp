@@ -70,6 +70,9 @@ ZBWebController::ZBWebController(ZBLibraryController *library, ZBSettings *setti
     QTreeView *tree = layout->downloadsTable();
     tree->setModel(m_model);
     tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    // Without it the view measures every row above the one it draws on each
+    // change: a page of thousands of resources would stall the window.
+    tree->setUniformRowHeights(true);
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     tree->header()->setStretchLastSection(false);
     tree->header()->setSectionResizeMode(ZBDownloadTreeModel::TitleColumn, QHeaderView::Stretch);
