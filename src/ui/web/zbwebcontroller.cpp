@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
@@ -83,11 +84,30 @@ ZBWebController::ZBWebController(ZBLibraryController *library, ZBSettings *setti
     });
     connect(tree->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ZBWebController::stateChanged);
     connect(tree, &QTreeView::customContextMenuRequested, this, [this, tree](const QPoint &at) {
+        // Outside any row: nothing selected and no menu; on an unselected
+        // row, that row alone.
+        const QModelIndex index = tree->indexAt(at);
+        if (!index.isValid())
+        {
+            tree->clearSelection();
+            return;
+        }
+        if (!tree->selectionModel()->isRowSelected(index.row(), index.parent()))
+            tree->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        const QList<ZBDownloadItem *> selection = selectedItems();
         QMenu menu;
-        menu.addAction(text("tableDownload"), this, &ZBWebController::downloadSelected);
-        menu.addAction(text("previewSWF"), this, &ZBWebController::previewSelected);
-        menu.addAction(text("tableShowInFinder"), this, &ZBWebController::showDownloadedItemInFileManager);
-        menu.addAction(text("contextMenuItemCopyURL"), this, &ZBWebController::copySelectedURLs);
+        const auto add = [&menu, this](const char *key, void (ZBWebController::*slot)(), bool enabled) {
+            menu.addAction(text(key), this, slot)->setEnabled(enabled);
+        };
+        add("menuDownloadsCopyUrl", &ZBWebController::copySelectedURLs, !selection.isEmpty());
+        add("menuDownloadsDownloadSelected", &ZBWebController::downloadSelected,
+            ZBCaptureTree::availableForDownloadItemExistsInSelection(selection));
+        add("menuDownloadsClearDownloadsList", &ZBWebController::clearDownloadList, !m_capture->pages().isEmpty());
+        add("menuDownloadsSelectAll", &ZBWebController::selectAll, !m_capture->pages().isEmpty());
+        add("menuDownloadsRemoveSelected", &ZBWebController::removeSelected,
+            ZBCaptureTree::rootDownloadItemExistInSelection(selection));
+        add("menuDownloadShowFile", &ZBWebController::showDownloadedItemInFileManager,
+            !selection.isEmpty() && selection.first()->saved());
         menu.exec(tree->viewport()->mapToGlobal(at));
     });
 
@@ -462,19 +482,61 @@ void ZBWebController::copySelectedURLs()
     QApplication::clipboard()->setText(ZBCaptureTree::copyURLText(selectedItems()));
 }
 
+bool ZBWebController::ask(const char *messageKey, const char *infoKey, bool *neverAskAgain)
+{
+    QMessageBox box(QMessageBox::Question, text("mainWindowTitle"), text(messageKey), QMessageBox::NoButton,
+                    m_layout->downloadsTable()->window());
+    box.setInformativeText(text(infoKey));
+    QPushButton *yes = box.addButton(text("yesButtonTitle"), QMessageBox::YesRole);
+    QPushButton *no = box.addButton(text("noButtonTitle"), QMessageBox::NoRole);
+    box.setDefaultButton(yes);
+    box.setEscapeButton(no);
+    QCheckBox *never = nullptr;
+    if (neverAskAgain)
+    {
+        never = new QCheckBox(text("NeverAskAgainTitle"));
+        box.setCheckBox(never);
+    }
+    box.exec();
+    // Kept whichever button was pressed.
+    if (neverAskAgain)
+        *neverAskAgain = never->isChecked();
+    return box.clickedButton() == yes;
+}
+
 void ZBWebController::actionClicked(const QModelIndex &index)
 {
     ZBDownloadItem *item = m_model->itemAt(index);
     if (!item || !index.data(ZBDownloadTreeModel::ActionEnabledRole).toBool())
         return;
-    switch (item->availableAction())
+    const int action = item->availableAction();
+    if ((action == ZBDownloadItem::PlayAction || action == ZBDownloadItem::ShowInFinderAction) && item->parent()
+        && !QFileInfo::exists(item->resourceDownloadPath()))
+    {
+        // The saved file is gone: offer to fetch it again.
+        if (!ask("alertReDownloadMessageText", "alertReDownloadInformativeText", nullptr))
+            return;
+        if (m_library && !item->resourceUUID().isEmpty())
+            m_library->removeItemFromLibraryByUUID(item->resourceUUID());
+        if (action == ZBDownloadItem::ShowInFinderAction)
+            item->setExpectedResourcesCount(0);
+        item->setReceivedResourcesCount(0);
+        m_downloads->resetDownloadForItem(item);
+        Q_EMIT libraryChanged();
+        actionClicked(m_model->indexForItem(item, ZBDownloadTreeModel::ActionColumn));
+        return;
+    }
+    switch (action)
     {
     case ZBDownloadItem::DownloadAction:
         m_downloads->setDownloadsFolder(m_settings->option_pathForDownloads);
         m_downloads->downloadItem(item);
         break;
     case ZBDownloadItem::CancelAction:
-        m_downloads->cancelDownloadOfItem(item);
+        if (m_settings->option_DontAskMeAgainCancelDownload
+            || ask("alertCancelDownloadMessageText", "alertCancelDownloadInformativeText",
+                   &m_settings->option_DontAskMeAgainCancelDownload))
+            m_downloads->cancelDownloadOfItem(item);
         break;
     case ZBDownloadItem::PlayAction:
         Q_EMIT playRequested(item->resourceUUID());
@@ -487,6 +549,26 @@ void ZBWebController::actionClicked(const QModelIndex &index)
         break;
     default:
         break;
+    }
+    Q_EMIT stateChanged();
+}
+
+void ZBWebController::selectAll()
+{
+    m_layout->downloadsTable()->selectAll();
+}
+
+void ZBWebController::removeSelected()
+{
+    const QList<ZBDownloadItem *> selection = selectedItems();
+    for (auto it = selection.crbegin(); it != selection.crend(); ++it)
+    {
+        ZBDownloadItem *page = *it;
+        if (page->parent())
+            continue;
+        if (ZBDownloadItem *preview = m_capture->previewItem(); preview && preview->isInSubtreeOf(page))
+            m_navigation->buttonLEDBackClick();
+        m_capture->removePage(page);
     }
     Q_EMIT stateChanged();
 }

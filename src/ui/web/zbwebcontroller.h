@@ -71,6 +71,9 @@ public:
     void clearDownloadList();
     void showDownloadedItemInFileManager();
     void copySelectedURLs();
+    void selectAll();
+    // Removes the selected pages (leaving a preview that is among them).
+    void removeSelected();
     void fillCommandState(ZBCommandState &state) const;
 
 Q_SIGNALS:
@@ -111,6 +114,8 @@ private:
     // them by theirs.
     QString navigationURL(const QUrl &url) const;
     void actionClicked(const QModelIndex &index);
+    // A yes/no question; with `neverAskAgain`, its check box is stored there.
+    bool ask(const char *messageKey, const char *infoKey, bool *neverAskAgain);
     void downloadsChanged();
     QList<ZBDownloadItem *> selectedItems() const;
 
