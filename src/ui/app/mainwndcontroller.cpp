@@ -69,6 +69,7 @@
 #include "ui/playback/zbplaybackcontroller.h"
 #include "ui/playback/zbplaybackdialogs.h"
 #include "ui/playback/zbplayerpanel.h"
+#include "ui/app/zbfirstpaint.h"
 
 
 MainWndController::MainWndController(QObject *parent)
@@ -120,10 +121,35 @@ bool MainWndController::start()
     // Without the web page yet, the address pane starts folded away.
     m_layout->setCollapsed(ZBMainWindowLayout::UrlPane, true);
     setMode();
+    auto *firstPaint = new ZBFirstPaint(m_window.get(), this);
+    connect(firstPaint, &ZBFirstPaint::painted, this, &MainWndController::startDeferred);
+    // A window that is never painted (started minimised, no compositor
+    // showing it) must still offer the desktop's controls.
+    QTimer::singleShot(DeferredFallbackMs, this, &MainWndController::startDeferred);
     m_window->show();
     m_windowModes->modes().setOnTopMode();
     displayModeChanged();
     m_validator->validateAll();
+    return true;
+}
+
+void MainWndController::startDeferred()
+{
+    if (m_deferredStarted)
+        return;
+    m_deferredStarted = true;
+    startMpris();
+    ensureVideoEngines();
+    // The Flash engine is made and compiled in the background a moment
+    // later, so neither the window nor the first movie waits for it.
+    QTimer::singleShot(FlashEngineDelayMs, this, [this]() {
+        ensureFlashEngine();
+        m_flashView->warmUp();
+    });
+}
+
+void MainWndController::startMpris()
+{
     // The desktop's player controls and media keys, when there is a session
     // bus to offer them on.
     if (QDBusConnection::sessionBus().isConnected())
@@ -140,13 +166,6 @@ bool MainWndController::start()
         connect(m_playback.get(), &ZBPlaybackController::volumeChanged, this, changed);
         connect(m_playback.get(), &ZBPlaybackController::trackChanged, this, changed);
     }
-    // The Flash engine is made and compiled in the background once the
-    // window is up, so neither start-up nor the first movie waits for it.
-    QTimer::singleShot(FlashEngineDelayMs, this, [this]() {
-        ensureFlashEngine();
-        m_flashView->warmUp();
-    });
-    return true;
 }
 
 void MainWndController::saveUserDefaults()
@@ -184,17 +203,12 @@ void MainWndController::buildPlayerWindow()
 {
     m_dialogs = std::make_unique<ZBPlaybackDialogs>(m_window.get());
     m_playback = std::make_unique<ZBPlaybackController>(m_library.get(), m_settings.get(), m_dialogs.get());
-    m_videoEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::VideoMovie);
-    m_realEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::RealMedia);
-    m_playback->setEngine(ZBPlaybackEngine::VideoMovie, m_videoEngine.get());
-    m_playback->setEngine(ZBPlaybackEngine::RealMedia, m_realEngine.get());
+    m_playback->setEngineProvider([this]() { ensureEngines(); });
     m_silverlightEngine = std::make_unique<ZBUnsupportedEngine>(
         ZBPlaybackEngine::Silverlight, ZBLocalizer::localizedStringForKey(QStringLiteral("silverlightUnsupported")));
     m_playback->setEngine(ZBPlaybackEngine::Silverlight, m_silverlightEngine.get());
 
     m_playerPanel = new ZBPlayerPanel(m_playback.get());
-    m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
-    m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
     connect(m_playerPanel->logoView(), &ZBLogoView::tutorialToggled, this, &MainWndController::showHideTutorial);
     sendFunctionsToTutorial();
 
@@ -315,10 +329,28 @@ void MainWndController::ensureFlashEngine()
     m_playerPanel->addEngineView(ZBPlaybackEngine::FlashVideo, m_flashView);
 }
 
+void MainWndController::ensureVideoEngines()
+{
+    if (m_videoEngine)
+        return;
+    m_videoEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::VideoMovie);
+    m_realEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::RealMedia);
+    m_playback->setEngine(ZBPlaybackEngine::VideoMovie, m_videoEngine.get());
+    m_playback->setEngine(ZBPlaybackEngine::RealMedia, m_realEngine.get());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
+}
+
+void MainWndController::ensureEngines()
+{
+    ensureVideoEngines();
+    ensureFlashEngine();
+}
+
 void MainWndController::playRow(int row)
 {
     // Whatever the row holds, its engine must exist before it plays.
-    ensureFlashEngine();
+    ensureEngines();
     if (row < 0)
         return;
     m_trackTable->selectRow(row);

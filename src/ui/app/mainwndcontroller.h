@@ -167,6 +167,18 @@ private:
     // behind them costs start-up time the window should not wait for.
     void ensureFlashEngine();
     static constexpr int FlashEngineDelayMs = 300;
+    // The video engines and their GL views, made on first need or once the
+    // window has shown its first frame: a GL view in the window makes its
+    // first paint wait for a GL context, and libmpv's cores take a while.
+    void ensureVideoEngines();
+    // Every engine, before anything plays.
+    void ensureEngines();
+    // What only playback, browsing or the desktop need, once the window is
+    // on screen.
+    void startDeferred();
+    static constexpr int DeferredFallbackMs = 2000;
+    // The desktop's player controls (MPRIS).
+    void startMpris();
 
     std::unique_ptr<ZBSettings> m_settings;
     std::unique_ptr<ZBLibraryController> m_library;
@@ -192,6 +204,7 @@ private:
     std::unique_ptr<ZBLibraryPane> m_pane;
     QString m_lastURL;
     std::unique_ptr<ZBMprisService> m_mpris;
+    bool m_deferredStarted = false;
     ZBPlayerPanel *m_playerPanel = nullptr;
     ZBMainWindowLayout *m_layout = nullptr;
     std::unique_ptr<ZBWindowModes> m_windowModes;

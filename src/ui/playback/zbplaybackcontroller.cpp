@@ -100,6 +100,8 @@ void ZBPlaybackController::setCurrentList(const ZBItemList &items, const QString
 
 int ZBPlaybackController::engineCodeForItem(const ZBItem *item) const
 {
+    if (m_engineProvider)
+        m_engineProvider();
     const QString type = item->Type().toLower();
     if (type == u"flv" || type == u"f4v")
     {

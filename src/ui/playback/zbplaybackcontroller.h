@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QTimer>
 
+#include <functional>
+
 #include "library/zbitem.h"
 #include "playback/zbplaysequencer.h"
 #include "playback/zbtrackenddetector.h"
@@ -41,6 +43,9 @@ public:
 
     // The engine for one engine code; the controller does not own it.
     void setEngine(int code, ZBPlaybackEngine *engine);
+    // Runs before an engine is chosen for an item, so that engines made on
+    // first need (they cost start-up time) exist by then.
+    void setEngineProvider(std::function<void()> provider) { m_engineProvider = std::move(provider); }
     ZBPlaybackEngine *engine(int code) const { return m_engines.value(code); }
 
     // The list on screen and its selection, as the table shows them.
@@ -153,6 +158,7 @@ private:
 
     ZBLibraryController *m_library;
     ZBSettings *m_settings;
+    std::function<void()> m_engineProvider;
     ZBPlaybackUi *m_ui;
     QHash<int, ZBPlaybackEngine *> m_engines;
     ZBPlaySequencer m_sequencer;

@@ -1,0 +1,18 @@
+// The reference for the start-up benchmark: an empty main window, and when
+// NVK_REPORT_FIRST_PAINT is set, the time of its first painted frame since
+// the process started, written the way the player writes it.
+#include <QApplication>
+#include <QMainWindow>
+#include <QTimer>
+
+#include "ui/app/zbfirstpaint.h"
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QMainWindow window;
+    window.resize(1024, 680);
+    ZBFirstPaint firstPaint(&window);
+    window.show();
+    return app.exec();
+}
