@@ -83,6 +83,7 @@ double timeStart(const QString &program, const QString &libraryTemplate)
     QProcess process;
     process.setProcessChannelMode(QProcess::SeparateChannels);
     process.setStandardOutputFile(QProcess::nullDevice());
+    process.setReadChannel(QProcess::StandardError);
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     env.insert(QStringLiteral("NVK_REPORT_FIRST_PAINT"), QString::number(qint64(now.tv_sec) * 1000000000 + now.tv_nsec));
