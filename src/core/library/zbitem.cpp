@@ -274,26 +274,27 @@ QVariant ZBItem::valueForKeyPath(const QString &keyPath) const
     return values;
 }
 
-const QString *ZBItem::textField(const QString &key, int *index) const
+int ZBItem::textFieldIndex(const QString &key)
 {
     if (key == u"Name")
-        *index = NameField;
-    else if (key == u"Type")
-        *index = TypeField;
-    else if (key == u"URL")
-        *index = URLField;
-    else if (key == u"Path")
-        *index = PathField;
-    else if (key == u"SourcePageTitle")
-        *index = SourcePageTitleField;
-    else if (key == u"ItemUUID")
-        *index = ItemUUIDField;
-    else
-        return nullptr;
-    static constexpr QString ZBItem::*fields[TextFieldCount] = {&ZBItem::m_Name,           &ZBItem::m_Path,
-                                                                 &ZBItem::m_URL,            &ZBItem::m_Type,
-                                                                 &ZBItem::m_SourcePageTitle, &ZBItem::m_ItemUUID};
-    return &(this->*fields[*index]);
+        return NameField;
+    if (key == u"Type")
+        return TypeField;
+    if (key == u"URL")
+        return URLField;
+    if (key == u"Path")
+        return PathField;
+    if (key == u"SourcePageTitle")
+        return SourcePageTitleField;
+    if (key == u"ItemUUID")
+        return ItemUUIDField;
+    return -1;
+}
+
+const QString *ZBItem::textField(const QString &key, int *index) const
+{
+    *index = textFieldIndex(key);
+    return *index < 0 ? nullptr : &textAt(*index);
 }
 
 const QString *ZBItem::cachedFold(int index, const QString &field) const
@@ -357,6 +358,7 @@ const QString *ZBItem::cachedFoldedValueForKey(const QString &key, bool caseInse
 void ZBItem::prefetch() const
 {
     __builtin_prefetch(this);
+    __builtin_prefetch(reinterpret_cast<const char *>(this) + 64);
     // The texts searches and the standard lists read.
     for (const int index : {int(NameField), int(TypeField), int(URLField)})
     {

@@ -68,19 +68,63 @@ public:
                                            bool diacriticInsensitive) const override;
     void prefetch() const override;
 
-private:
-    friend class ZBObjectContext;
-
+    // The fields a search reads come first, so that their folds share the
+    // track's first cache lines.
     enum TextField
     {
         NameField,
-        PathField,
         URLField,
         TypeField,
+        PathField,
         SourcePageTitleField,
         ItemUUIDField,
         TextFieldCount
     };
+    // The text fields by index, for filters and sorts compiled once per call
+    // that then read them for every track without comparing key names.
+    // Null when the value is absent.
+    const QString *rawText(int field) const
+    {
+        const QString &raw = textAt(field);
+        return raw.isNull() ? nullptr : &raw;
+    }
+    // Folded for case and diacritics, the way a [cd] comparison reads it.
+    const QString *foldedText(int field) const
+    {
+        // A kept fold is null exactly when the text is absent, so the text
+        // itself, further into the object, is not read.
+        if (m_foldValid & (1u << field))
+            return m_folds[size_t(field)].isNull() ? nullptr : &m_folds[size_t(field)];
+        const QString &raw = textAt(field);
+        return raw.isNull() ? nullptr : cachedFold(field, raw);
+    }
+    // The index of the text field `key` names, or -1.
+    static int textFieldIndex(const QString &key);
+    // Dense per context, in order of creation: sort keys kept by the context
+    // are indexed by it.
+    quint32 serial() const { return m_serial; }
+
+private:
+    friend class ZBObjectContext;
+
+    const QString &textAt(int field) const
+    {
+        switch (field)
+        {
+            case NameField:
+                return m_Name;
+            case PathField:
+                return m_Path;
+            case URLField:
+                return m_URL;
+            case TypeField:
+                return m_Type;
+            case SourcePageTitleField:
+                return m_SourcePageTitle;
+            default:
+                return m_ItemUUID;
+        }
+    }
     const QString *textField(const QString &key, int *index) const;
     const QString *cachedFold(int index, const QString &field) const;
     void forgetFolds(int field);
@@ -90,8 +134,9 @@ private:
     // keeps them cheap. Other fold variants are rare and computed on demand.
     // First among the members, so that a scan finds it on the cache line it
     // loads for the object anyway.
-    mutable std::array<QString, TextFieldCount> m_folds;
     mutable quint8 m_foldValid = 0;
+    quint32 m_serial = 0;
+    mutable std::array<QString, TextFieldCount> m_folds;
 
     QString m_ItemUUID;
     QString m_Name;

@@ -1,6 +1,5 @@
 #include "library/zblibrarycontroller.h"
 
-#include <QCollator>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -11,6 +10,8 @@
 #include <algorithm>
 #include <thread>
 
+#include "library/zbitemfilter.h"
+#include "library/zbtracksorter.h"
 #include "predicate/zbtextfold.h"
 #include "util/zbadditionalmethods.h"
 
@@ -50,34 +51,6 @@ bool like(const QString &value, const QString &pattern)
     return ZBTextFold::likeMatch(value, pattern, true, true);
 }
 
-bool isInvertedSortKey(const QString &key)
-{
-    for (const char *inverted : {"Added", "LastPlayed", "Rating", "Length", "PlayCount"})
-    {
-        if (key.compare(QLatin1String(inverted), Qt::CaseInsensitive) == 0)
-            return true;
-    }
-    return false;
-}
-
-// Natural order of stored values; an absent value sorts before every present
-// one.
-int compareValues(const QVariant &a, const QVariant &b)
-{
-    const bool aAbsent = !a.isValid() || a.isNull();
-    const bool bAbsent = !b.isValid() || b.isNull();
-    if (aAbsent || bAbsent)
-        return int(bAbsent) - int(aAbsent);
-    if (a.metaType().id() == QMetaType::QDateTime && b.metaType().id() == QMetaType::QDateTime)
-    {
-        const qint64 x = a.toDateTime().toMSecsSinceEpoch();
-        const qint64 y = b.toDateTime().toMSecsSinceEpoch();
-        return x < y ? -1 : (x > y ? 1 : 0);
-    }
-    const double x = a.toDouble();
-    const double y = b.toDouble();
-    return x < y ? -1 : (x > y ? 1 : 0);
-}
 } // namespace
 
 ZBLibraryController::ZBLibraryController() = default;
@@ -90,6 +63,7 @@ QString ZBLibraryController::applicationSupportFolder()
 ZBObjectContext::OpenResult ZBLibraryController::openStore(const QString &folder)
 {
     m_predicates.clear();
+    m_lists.clear();
     m_allTracksUUID.clear();
     m_nowBrowsingUUID.clear();
     const QString dir = folder.isEmpty() ? applicationSupportFolder() : folder;
@@ -393,18 +367,21 @@ const ZBPredicate &ZBLibraryController::cachedPredicate(const QString &request) 
 
 ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPredicate &predicate)
 {
+    const ZBItemFilter filter(predicate);
+    ZBItemList matches;
     // Filtering a whole library waits on memory more than it computes; two
     // halves on two cores finish in about half the time. Each track is read by
     // one thread only, so its lazily filled text cache needs no lock.
     constexpr qsizetype ParallelFrom = 20000;
     if (items.size() < ParallelFrom || QThread::idealThreadCount() < 2)
-        return predicate.filter(items);
-    const qsizetype half = items.size() / 2;
-    const ZBItemList firstHalf = items.mid(0, half);
-    const ZBItemList secondHalf = items.mid(half);
+    {
+        filter.filter(items.cbegin(), items.cend(), matches);
+        return matches;
+    }
+    const auto middle = items.cbegin() + items.size() / 2;
     ZBItemList secondMatches;
-    std::thread worker([&]() { secondMatches = predicate.filter(secondHalf); });
-    ZBItemList matches = predicate.filter(firstHalf);
+    std::thread worker([&]() { filter.filter(middle, items.cend(), secondMatches); });
+    filter.filter(items.cbegin(), middle, matches);
     worker.join();
     matches.append(secondMatches);
     return matches;
@@ -412,7 +389,18 @@ ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPre
 
 ZBItemList ZBLibraryController::itemsMatching(const QString &request) const
 {
-    return filterItems(m_context.items(), cachedPredicate(request));
+    // The tree asks for the same lists (and their counts) over and over while
+    // nothing changes; a kept answer stands until the next change of any
+    // record or membership.
+    const quint64 generation = m_context.generation();
+    auto kept = m_lists.constFind(request);
+    if (kept != m_lists.cend() && kept->first == generation)
+        return kept->second;
+    ZBItemList matches = filterItems(m_context.items(), cachedPredicate(request));
+    if (m_lists.size() > 64)
+        m_lists.clear();
+    m_lists.insert(request, {generation, matches});
+    return matches;
 }
 
 ZBItemList ZBLibraryController::getItemsFromPlaylist(const ZBPlaylist *playlist) const
@@ -558,38 +546,5 @@ ZBItemList ZBLibraryController::getItemsOrderForPlaylist(const ZBPlaylist *playl
 
 ZBItemList ZBLibraryController::sortList(const ZBItemList &tracks, const QString &key, bool ascend)
 {
-    ZBItemList sorted = tracks;
-    if (isInvertedSortKey(key))
-    {
-        // Decorate once: reading a value through its key costs more than the
-        // comparison itself.
-        std::vector<std::pair<QVariant, ZBItem *>> decorated;
-        decorated.reserve(sorted.size());
-        for (ZBItem *item : std::as_const(sorted))
-            decorated.emplace_back(item->getUntypedValueByName(key), item);
-        std::stable_sort(decorated.begin(), decorated.end(), [ascend](const auto &a, const auto &b) {
-            const int order = compareValues(a.first, b.first);
-            return ascend ? order > 0 : order < 0;
-        });
-        for (qsizetype i = 0; i < sorted.size(); ++i)
-            sorted[i] = decorated[size_t(i)].second;
-        return sorted;
-    }
-
-    // Under the C locale (a bare session, a service) the collator compares code
-    // points and puts every capital first; the table wants a dictionary order.
-    const QLocale system = QLocale::system();
-    QCollator collator(system.language() == QLocale::C ? QLocale(QLocale::English) : system);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::vector<std::pair<QCollatorSortKey, ZBItem *>> decorated;
-    decorated.reserve(sorted.size());
-    for (ZBItem *item : std::as_const(sorted))
-        decorated.emplace_back(collator.sortKey(item->getUntypedValueByName(key).toString()), item);
-    std::stable_sort(decorated.begin(), decorated.end(), [ascend](const auto &a, const auto &b) {
-        const int order = a.first.compare(b.first);
-        return ascend ? order < 0 : order > 0;
-    });
-    for (qsizetype i = 0; i < sorted.size(); ++i)
-        sorted[i] = decorated[size_t(i)].second;
-    return sorted;
+    return ZBTrackSorter::sort(tracks, key, ascend);
 }

@@ -6,6 +6,7 @@
 #include <QVariantMap>
 
 #include <optional>
+#include <utility>
 
 #include "library/zbobjectcontext.h"
 #include "predicate/zbpredicate.h"
@@ -104,4 +105,6 @@ private:
     QString m_allTracksUUID;
     QString m_nowBrowsingUUID;
     mutable QHash<QString, ZBPredicate> m_predicates;
+    // What each request selected, under the context's generation then.
+    mutable QHash<QString, std::pair<quint64, ZBItemList>> m_lists;
 };

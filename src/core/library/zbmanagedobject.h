@@ -15,10 +15,10 @@ public:
     // True once the record has been deleted from its context; callers that kept
     // a pointer (a playback list, a table) can still read it but must skip it.
     bool isDeleted() const { return m_deleted; }
+    ZBObjectContext *context() const { return m_context; }
 
 protected:
     void didChange();
-    ZBObjectContext *context() const { return m_context; }
 
 private:
     friend class ZBObjectContext;

@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QTimeZone>
 
+#include <atomic>
+
 #include "predicate/zbtextfold.h"
 
 namespace
@@ -84,7 +86,20 @@ QString fold(const QString &value)
 {
     return ZBTextFold::fold(value, true, true);
 }
+
+quint64 nextGeneration()
+{
+    static std::atomic<quint64> last{0};
+    return ++last;
+}
 } // namespace
+
+void ZBObjectContext::changed(bool itemValues)
+{
+    m_generation = nextGeneration();
+    if (itemValues)
+        m_itemGeneration = m_generation;
+}
 
 void ZBManagedObject::didChange()
 {
@@ -164,6 +179,8 @@ T *ZBObjectContext::adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 ro
     T *raw = record.get();
     raw->m_context = this;
     raw->m_rowId = rowId;
+    if constexpr (std::is_same_v<T, ZBItem>)
+        raw->m_serial = m_nextSerial++;
     m_nextRowId = std::max(m_nextRowId, rowId + 1);
     list.append(raw);
     m_owned.push_back(std::move(record));
@@ -304,9 +321,10 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
         return fail();
 
     db.exec(QStringLiteral("COMMIT"));
-    // The lookup indexes are built by the first lookup: a start that only
-    // shows lists never pays for them.
-    m_indexesStale = true;
+    // Built now rather than at the first lookup: the first track the user
+    // adds or plays would otherwise wait for them.
+    rebuildIndexes();
+    changed(true);
     return true;
 }
 
@@ -327,7 +345,10 @@ void ZBObjectContext::clear()
     m_membersRemoved.clear();
     m_owned.clear();
     m_nextRowId = 1;
+    m_nextSerial = 0;
+    m_sortRanks.clear();
     m_indexesStale = false;
+    changed(true);
 }
 
 void ZBObjectContext::indexItem(ZBItem *item)
@@ -464,6 +485,7 @@ void ZBObjectContext::deleteItem(ZBItem *item)
     }
     item->m_deleted = true;
     m_items.removeOne(item);
+    changed(true);
     m_deleted.append(item);
 }
 
@@ -479,6 +501,7 @@ void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)
     playlist->m_items.clear();
     playlist->m_deleted = true;
     m_playlists.removeOne(playlist);
+    changed(false);
     m_deleted.append(playlist);
 }
 
@@ -488,6 +511,7 @@ void ZBObjectContext::addMember(ZBPlaylist *playlist, ZBItem *item)
         return;
     playlist->m_items.append(item);
     item->m_playlists.append(playlist);
+    changed(false);
     const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
     if (!m_membersRemoved.remove(key))
         m_membersAdded.insert(key);
@@ -498,6 +522,7 @@ void ZBObjectContext::removeMember(ZBPlaylist *playlist, ZBItem *item)
     if (!playlist->m_items.removeOne(item))
         return;
     item->m_playlists.removeOne(playlist);
+    changed(false);
     const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
     if (!m_membersAdded.remove(key))
         m_membersRemoved.insert(key);
@@ -505,6 +530,7 @@ void ZBObjectContext::removeMember(ZBPlaylist *playlist, ZBItem *item)
 
 void ZBObjectContext::objectDidChange(ZBManagedObject *object)
 {
+    changed(dynamic_cast<ZBItem *>(object) != nullptr);
     if (m_changed.contains(object))
         return;
     m_changed.insert(object);

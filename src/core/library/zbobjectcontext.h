@@ -70,6 +70,24 @@ public:
     QList<ZBItem *> itemsWithFoldedPath(const QString &folded);
     QList<ZBItem *> itemsWithFoldedURL(const QString &folded);
 
+    // Moves on with every change to any record or membership (generation())
+    // or to a track's own values (itemGeneration()); values are unique across
+    // contexts and opens, so a result kept under one is never mistaken for
+    // another library's.
+    quint64 generation() const { return m_generation; }
+    quint64 itemGeneration() const { return m_itemGeneration; }
+
+    // Each track's place in the collation of one text key, by ZBItem::serial(),
+    // for ZBTrackSorter; kept here so that it goes away with the library.
+    struct SortRanks
+    {
+        quint64 generation = 0;
+        QString locale;
+        std::vector<quint32> bySerial;
+    };
+    SortRanks &sortRanks(const QString &key) { return m_sortRanks[key]; }
+    quint32 serialCount() const { return m_nextSerial; }
+
     bool hasChanges() const;
     bool save();
     QString lastError() const { return m_lastError; }
@@ -87,6 +105,7 @@ private:
     template <typename T>
     T *adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId);
     void rebuildIndexes();
+    void changed(bool itemValues);
     QMultiHash<QString, ZBItem *> *indexForKey(const QString &key);
     void indexItem(ZBItem *item);
     bool writeChanges();
@@ -110,6 +129,10 @@ private:
     QMultiHash<QString, ZBItem *> m_byPath;
     QMultiHash<QString, ZBItem *> m_byURL;
     bool m_indexesStale = false;
+    quint64 m_generation = 0;
+    quint64 m_itemGeneration = 0;
+    quint32 m_nextSerial = 0;
+    QHash<QString, SortRanks> m_sortRanks;
 
     // What the next save writes. Sets, since a record changed twice is written
     // once; memberships as (playlist row, item row) pairs.

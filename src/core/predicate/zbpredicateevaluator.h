@@ -35,12 +35,16 @@ public:
     // The comparison used by ==, !=, <, <=, > and >=.
     static Order compare(const QVariant &left, const QVariant &right, bool caseInsensitive, bool diacriticInsensitive);
 
+    // A comparison node whose right side is a prepared text constant, answered
+    // for a present value already folded with the node's flags. Compiled
+    // filters call it so that they match text exactly as evaluate() does.
+    static bool matchText(const ZBPredicateNode &node, const QString &foldedValue);
+
 private:
     struct Context;
 
     static bool evaluateNode(const ZBPredicateNode &node, Context &context);
     static bool evaluateComparison(const ZBPredicateNode &node, Context &context);
     static bool compareOne(const ZBPredicateNode &node, const QVariant &left, const QVariant &right);
-    static bool matchText(const ZBPredicateNode &node, const QString &foldedValue);
     static bool matchTextDynamic(const ZBPredicateNode &node, const QString &foldedValue, const QString &foldedPattern);
 };

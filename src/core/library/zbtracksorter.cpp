@@ -1,0 +1,248 @@
+#include "library/zbtracksorter.h"
+
+#include <QCollator>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <vector>
+
+#include "library/zbobjectcontext.h"
+
+namespace
+{
+// Natural order of stored values; an absent value sorts before every present
+// one.
+int compareValues(const QVariant &a, const QVariant &b)
+{
+    const bool aAbsent = !a.isValid() || a.isNull();
+    const bool bAbsent = !b.isValid() || b.isNull();
+    if (aAbsent || bAbsent)
+        return int(bAbsent) - int(aAbsent);
+    if (a.metaType().id() == QMetaType::QDateTime && b.metaType().id() == QMetaType::QDateTime)
+    {
+        const qint64 x = a.toDateTime().toMSecsSinceEpoch();
+        const qint64 y = b.toDateTime().toMSecsSinceEpoch();
+        return x < y ? -1 : (x > y ? 1 : 0);
+    }
+    const double x = a.toDouble();
+    const double y = b.toDouble();
+    return x < y ? -1 : (x > y ? 1 : 0);
+}
+
+// Under the C locale (a bare session, a service) the collator compares code
+// points and puts every capital first; the table wants a dictionary order.
+QCollator tableCollator()
+{
+    const QLocale system = QLocale::system();
+    QCollator collator(system.language() == QLocale::C ? QLocale(QLocale::English) : system);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+struct Keyed
+{
+    quint64 key;
+    ZBItem *item;
+};
+
+// Least significant digit first, each pass stable, so tracks with equal keys
+// keep the order they came in, as std::stable_sort keeps them. Passes stop at
+// the highest bit any key uses.
+void radixSort(std::vector<Keyed> &keyed)
+{
+    constexpr int Bits = 11;
+    constexpr quint64 Mask = (quint64(1) << Bits) - 1;
+    quint64 all = 0;
+    for (const Keyed &k : keyed)
+        all |= k.key;
+    std::vector<Keyed> buffer(keyed.size());
+    for (int shift = 0; shift < 64 && (all >> shift) != 0; shift += Bits)
+    {
+        std::array<size_t, Mask + 2> start{};
+        for (const Keyed &k : keyed)
+            ++start[((k.key >> shift) & Mask) + 1];
+        for (size_t d = 1; d < start.size(); ++d)
+            start[d] += start[d - 1];
+        for (const Keyed &k : keyed)
+            buffer[start[(k.key >> shift) & Mask]++] = k;
+        keyed.swap(buffer);
+    }
+}
+
+// Every track's place in the collation of one text field, by serial; equal
+// texts share a place. Kept by the context until a track changes.
+const std::vector<quint32> *textRanks(ZBObjectContext &context, const QString &key, int field)
+{
+    const QCollator collator = tableCollator();
+    const QString locale = collator.locale().name();
+    ZBObjectContext::SortRanks &cache = context.sortRanks(key);
+    if (cache.generation == context.itemGeneration() && cache.locale == locale)
+        return &cache.bySerial;
+
+    std::vector<std::pair<QCollatorSortKey, quint32>> keys;
+    keys.reserve(size_t(context.items().size()));
+    for (const ZBItem *item : context.items())
+    {
+        const QString *text = item->rawText(field);
+        keys.emplace_back(collator.sortKey(text ? *text : QString()), item->serial());
+    }
+    std::sort(keys.begin(), keys.end(), [](const auto &a, const auto &b) { return a.first.compare(b.first) < 0; });
+    cache.bySerial.assign(context.serialCount(), std::numeric_limits<quint32>::max());
+    quint32 rank = 0;
+    for (size_t i = 0; i < keys.size(); ++i)
+    {
+        if (i > 0 && keys[i - 1].first.compare(keys[i].first) != 0)
+            ++rank;
+        cache.bySerial[keys[i].second] = rank;
+    }
+    cache.generation = context.itemGeneration();
+    cache.locale = locale;
+    return &cache.bySerial;
+}
+
+// A stored number or date as a signed integer, or nothing when absent; false
+// when the key is not one of them.
+bool integerValue(const ZBItem &item, const QString &key, std::optional<qint64> *value)
+{
+    std::optional<qint32> number;
+    if (key == u"Rating")
+        number = item.Rating();
+    else if (key == u"Length")
+        number = item.Length();
+    else if (key == u"PlayCount")
+        number = item.PlayCount();
+    else if (key == u"Added" || key == u"LastPlayed")
+    {
+        const QDateTime date = key == u"Added" ? item.Added() : item.LastPlayed();
+        *value = date.isValid() ? std::optional<qint64>(date.toMSecsSinceEpoch()) : std::nullopt;
+        return true;
+    }
+    else
+        return false;
+    *value = number ? std::optional<qint64>(*number) : std::nullopt;
+    return true;
+}
+} // namespace
+
+bool ZBTrackSorter::isInvertedSortKey(const QString &key)
+{
+    for (const char *inverted : {"Added", "LastPlayed", "Rating", "Length", "PlayCount"})
+    {
+        if (key.compare(QLatin1String(inverted), Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
+}
+
+ZBItemList ZBTrackSorter::sort(const ZBItemList &tracks, const QString &key, bool ascend)
+{
+    if (std::optional<ZBItemList> sorted = fastSort(tracks, key, ascend))
+        return *sorted;
+    return plainSort(tracks, key, ascend);
+}
+
+std::optional<ZBItemList> ZBTrackSorter::fastSort(const ZBItemList &tracks, const QString &key, bool ascend)
+{
+    if (tracks.isEmpty())
+        return std::nullopt;
+    ZBObjectContext *context = tracks.first()->context();
+    // A track of another library, or one deleted since, has no kept key.
+    for (const ZBItem *item : tracks)
+    {
+        if (item->context() != context || item->isDeleted())
+            return std::nullopt;
+    }
+    if (!context)
+        return std::nullopt;
+
+    std::vector<Keyed> keyed;
+    keyed.reserve(size_t(tracks.size()));
+    if (isInvertedSortKey(key))
+    {
+        // Absent first, then present values in order: 0, then 1 + (value - min).
+        std::vector<std::optional<qint64>> values(size_t(tracks.size()));
+        qint64 low = std::numeric_limits<qint64>::max();
+        qint64 high = std::numeric_limits<qint64>::min();
+        for (qsizetype i = 0; i < tracks.size(); ++i)
+        {
+            if (!integerValue(*tracks[i], key, &values[size_t(i)]))
+                return std::nullopt;
+            if (values[size_t(i)])
+            {
+                low = std::min(low, *values[size_t(i)]);
+                high = std::max(high, *values[size_t(i)]);
+            }
+        }
+        const quint64 span = low <= high ? quint64(high) - quint64(low) : 0;
+        if (span == std::numeric_limits<quint64>::max())
+            return std::nullopt;
+        const quint64 top = low <= high ? span + 1 : 0;
+        for (qsizetype i = 0; i < tracks.size(); ++i)
+        {
+            const std::optional<qint64> &value = values[size_t(i)];
+            const quint64 k = value ? quint64(*value) - quint64(low) + 1 : 0;
+            // Inverted: ascend puts the greatest first.
+            keyed.push_back({ascend ? top - k : k, tracks[i]});
+        }
+    }
+    else
+    {
+        const int field = ZBItem::textFieldIndex(key);
+        if (field < 0)
+            return std::nullopt;
+        const std::vector<quint32> *ranks = textRanks(*context, key, field);
+        quint64 top = 0;
+        for (ZBItem *item : tracks)
+        {
+            if (item->serial() >= ranks->size() || (*ranks)[item->serial()] == std::numeric_limits<quint32>::max())
+                return std::nullopt;
+            top = std::max<quint64>(top, (*ranks)[item->serial()]);
+        }
+        for (ZBItem *item : tracks)
+        {
+            const quint64 rank = (*ranks)[item->serial()];
+            keyed.push_back({ascend ? rank : top - rank, item});
+        }
+    }
+    radixSort(keyed);
+    ZBItemList sorted;
+    sorted.reserve(tracks.size());
+    for (const Keyed &k : keyed)
+        sorted.append(k.item);
+    return sorted;
+}
+
+ZBItemList ZBTrackSorter::plainSort(const ZBItemList &tracks, const QString &key, bool ascend)
+{
+    ZBItemList sorted = tracks;
+    if (isInvertedSortKey(key))
+    {
+        // Decorate once: reading a value through its key costs more than the
+        // comparison itself.
+        std::vector<std::pair<QVariant, ZBItem *>> decorated;
+        decorated.reserve(sorted.size());
+        for (ZBItem *item : std::as_const(sorted))
+            decorated.emplace_back(item->getUntypedValueByName(key), item);
+        std::stable_sort(decorated.begin(), decorated.end(), [ascend](const auto &a, const auto &b) {
+            const int order = compareValues(a.first, b.first);
+            return ascend ? order > 0 : order < 0;
+        });
+        for (qsizetype i = 0; i < sorted.size(); ++i)
+            sorted[i] = decorated[size_t(i)].second;
+        return sorted;
+    }
+
+    const QCollator collator = tableCollator();
+    std::vector<std::pair<QCollatorSortKey, ZBItem *>> decorated;
+    decorated.reserve(sorted.size());
+    for (ZBItem *item : std::as_const(sorted))
+        decorated.emplace_back(collator.sortKey(item->getUntypedValueByName(key).toString()), item);
+    std::stable_sort(decorated.begin(), decorated.end(), [ascend](const auto &a, const auto &b) {
+        const int order = a.first.compare(b.first);
+        return ascend ? order < 0 : order > 0;
+    });
+    for (qsizetype i = 0; i < sorted.size(); ++i)
+        sorted[i] = decorated[size_t(i)].second;
+    return sorted;
+}

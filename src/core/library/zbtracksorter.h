@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include "library/zbitem.h"
+
+// Orders tracks the way the track table shows them (see
+// ZBLibraryController::sortList()). The plain sort compares each track's
+// value as the table reads it; the fast sort gives the same order from keys
+// worked out once: every track's place in the collation of a text field,
+// kept by the library until a track changes, and the numbers and dates as
+// integers, sorted by a stable radix sort.
+class ZBTrackSorter
+{
+public:
+    static ZBItemList sort(const ZBItemList &tracks, const QString &key, bool ascend);
+    static ZBItemList plainSort(const ZBItemList &tracks, const QString &key, bool ascend);
+    // Dates and counts sort inverted: ascend puts the newest and the most first.
+    static bool isInvertedSortKey(const QString &key);
+
+private:
+    static std::optional<ZBItemList> fastSort(const ZBItemList &tracks, const QString &key, bool ascend);
+};
