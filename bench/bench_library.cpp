@@ -236,9 +236,12 @@ int main(int argc, char *argv[])
     {
         const ZBPlaylist *list = library.playlistByUUID(library.UUIDForStandartSmartListWithName(QLatin1String(name)));
         qsizetype count = 0;
+        // The first read after a change scans the library; later ones reuse
+        // its answer until the next change. Both are shown.
+        const double coldMs = medianMs(1, [&]() { count = library.getItemsFromPlaylist(list).size(); });
         const double ms = medianMs(31, [&]() { count = library.getItemsFromPlaylist(list).size(); });
         rows.push_back({QStringLiteral("list \"%1\"").arg(QLatin1String(name)), ms, listTargetText, ms < listTarget,
-                        QStringLiteral("%1 tracks").arg(count)});
+                        QStringLiteral("%1 tracks; first read %2 ms").arg(count).arg(coldMs, 0, 'f', 1)});
     }
 
     const QString fiveRules = QStringLiteral(
@@ -251,8 +254,10 @@ int main(int argc, char *argv[])
     {
         const ZBPlaylist *list = library.playlistByUUID(smartUUID);
         qsizetype count = 0;
+        const double coldMs = medianMs(1, [&]() { count = library.getItemsFromPlaylist(list).size(); });
         const double ms = medianMs(31, [&]() { count = library.getItemsFromPlaylist(list).size(); });
-        rows.push_back({"user smart list, five rules", ms, listTargetText, ms < listTarget, QStringLiteral("%1 tracks").arg(count)});
+        rows.push_back({"user smart list, five rules", ms, listTargetText, ms < listTarget,
+                        QStringLiteral("%1 tracks; first read %2 ms").arg(count).arg(coldMs, 0, 'f', 1)});
     }
 
     // The search runs on every keystroke over the list on screen.
@@ -275,9 +280,12 @@ int main(int argc, char *argv[])
 
     for (const char *key : {"Name", "PlayCount", "Added"})
     {
+        // The first sort by a text after a change works out every track's
+        // place in the collation; later ones reuse it. Both are shown.
+        const double coldMs = medianMs(1, [&]() { ZBLibraryController::sortList(shown, QLatin1String(key), true); });
         const double ms = medianMs(5, [&]() { ZBLibraryController::sortList(shown, QLatin1String(key), true); });
         rows.push_back({QStringLiteral("sort %1 tracks by %2").arg(shown.size()).arg(QLatin1String(key)), ms,
-                        sortTargetText, ms < sortTarget, {}});
+                        sortTargetText, ms < sortTarget, QStringLiteral("first %1 ms").arg(coldMs, 0, 'f', 1)});
     }
 
     const qint64 peakKb = statusKb("VmHWM:");

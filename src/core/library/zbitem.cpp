@@ -67,7 +67,12 @@ QVariant fromDate(const QDateTime &value)
 
 void ZBItem::forgetFolds(int field)
 {
+    if (field >= KeptFoldCount)
+        return;
     m_foldValid &= quint8(~(1u << field));
+    // Dropped now, not at the next read: a renamed track of a large library
+    // should not hold two texts.
+    m_folds[size_t(field)] = QString();
 }
 
 void ZBItem::setItemUUID(const QString &value)
@@ -337,6 +342,11 @@ QString ZBItem::foldedValueForKey(const QString &key, bool caseInsensitive, bool
         const QString folded = ZBTextFold::fold(*field, caseInsensitive, diacriticInsensitive);
         return folded.isNull() ? QString(QLatin1String("")) : folded;
     }
+    if (index >= KeptFoldCount)
+    {
+        const QString folded = ZBTextFold::fold(*field, true, true);
+        return folded.isNull() ? QString(QLatin1String("")) : folded;
+    }
     return *cachedFold(index, *field);
 }
 
@@ -350,7 +360,7 @@ const QString *ZBItem::cachedFoldedValueForKey(const QString &key, bool caseInse
     // Without modifiers the folded text is the text itself.
     if (!caseInsensitive && !diacriticInsensitive)
         return field;
-    if (!(caseInsensitive && diacriticInsensitive))
+    if (!(caseInsensitive && diacriticInsensitive) || index >= KeptFoldCount)
         return nullptr;
     return cachedFold(index, *field);
 }

@@ -78,7 +78,9 @@ public:
         PathField,
         SourcePageTitleField,
         ItemUUIDField,
-        TextFieldCount
+        TextFieldCount,
+        // Only the fields searches and lists read keep their fold.
+        KeptFoldCount = PathField
     };
     // The text fields by index, for filters and sorts compiled once per call
     // that then read them for every track without comparing key names.
@@ -88,7 +90,8 @@ public:
         const QString &raw = textAt(field);
         return raw.isNull() ? nullptr : &raw;
     }
-    // Folded for case and diacritics, the way a [cd] comparison reads it.
+    // Folded for case and diacritics, the way a [cd] comparison reads it;
+    // for the fields below KeptFoldCount only.
     const QString *foldedText(int field) const
     {
         // A kept fold is null exactly when the text is absent, so the text
@@ -106,6 +109,7 @@ public:
 
 private:
     friend class ZBObjectContext;
+    friend class ZBFoldedIndex;
 
     const QString &textAt(int field) const
     {
@@ -136,7 +140,9 @@ private:
     // loads for the object anyway.
     mutable quint8 m_foldValid = 0;
     quint32 m_serial = 0;
-    mutable std::array<QString, TextFieldCount> m_folds;
+    mutable std::array<QString, KeptFoldCount> m_folds;
+    // The links of the context's UUID, path and URL indexes.
+    std::array<ZBItem *, 3> m_indexNext{};
 
     QString m_ItemUUID;
     QString m_Name;

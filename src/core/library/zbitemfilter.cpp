@@ -143,7 +143,7 @@ bool ZBItemFilter::compileComparison(const ZBPredicateNode &node, Step &step) co
     if (textField >= 0)
     {
         // Only the fully folded and the unfolded texts are kept by the track.
-        if (!node.usesFoldedFastPath() || c != d)
+        if (!node.usesFoldedFastPath() || c != d || (c && textField >= ZBItem::KeptFoldCount))
             return false;
         step.kind = Step::Kind::Text;
         step.field = textField;

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QTimeZone>
 
+#include <algorithm>
 #include <atomic>
 
 #include "predicate/zbtextfold.h"
@@ -82,10 +83,6 @@ QDateTime readDate(const ZBSqliteStatement *stmt, int column)
     return QDateTime::fromMSecsSinceEpoch(stmt->int64(column), Qt::UTC);
 }
 
-QString fold(const QString &value)
-{
-    return ZBTextFold::fold(value, true, true);
-}
 
 quint64 nextGeneration()
 {
@@ -215,7 +212,19 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
     if (!stmt->ok())
         return fail();
 
-    QHash<qint64, ZBItem *> itemsById;
+    // Rows come in key order from the table's own b-tree, so the tracks by
+    // key are a sorted vector: half the memory of a hash, no hashing.
+    std::vector<std::pair<qint64, ZBItem *>> itemsById;
+    // A library holds a handful of types over all its tracks; one copy each.
+    QHash<QString, QString> typeTexts;
+    stmt = db.statement("SELECT count(*) FROM ZBItem");
+    if (!stmt || !stmt->step())
+        return fail();
+    const qint64 itemCount = stmt->int64(0);
+    stmt->step(); // finished, so that it holds nothing open
+    itemsById.reserve(size_t(itemCount));
+    m_items.reserve(itemCount);
+    m_owned.reserve(size_t(itemCount) + 1024);
     stmt = db.statement("SELECT Z_PK, ItemUUID, Name, Path, URL, Type, Rating, Length, PlayCount, Added, LastPlayed, "
                         "SourcePageTitle, isValid, isAvailable, rel_Type FROM ZBItem");
     if (!stmt)
@@ -227,7 +236,11 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
         item->m_Name = stmt->text(2);
         item->m_Path = stmt->text(3);
         item->m_URL = stmt->text(4);
-        item->m_Type = stmt->text(5);
+        const QString typeText = stmt->text(5);
+        auto pooled = typeTexts.constFind(typeText);
+        if (pooled == typeTexts.cend() || pooled->isNull() != typeText.isNull())
+            pooled = typeTexts.insert(typeText, typeText);
+        item->m_Type = *pooled;
         item->m_Rating = readInt(stmt, 6);
         item->m_Length = readInt(stmt, 7);
         item->m_PlayCount = readInt(stmt, 8);
@@ -245,10 +258,16 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
             }
         }
         ZBItem *raw = adopt(std::move(item), m_items, stmt->int64(0));
-        itemsById.insert(raw->rowId(), raw);
+        itemsById.emplace_back(raw->rowId(), raw);
     }
     if (!stmt->ok())
         return fail();
+    if (!std::is_sorted(itemsById.begin(), itemsById.end()))
+        std::sort(itemsById.begin(), itemsById.end());
+    const auto itemById = [&itemsById](qint64 id) -> ZBItem * {
+        const auto it = std::lower_bound(itemsById.begin(), itemsById.end(), std::pair<qint64, ZBItem *>(id, nullptr));
+        return it != itemsById.end() && it->first == id ? it->second : nullptr;
+    };
     m_items.squeeze();
 
     QHash<qint64, ZBPlaylist *> playlistsById;
@@ -280,7 +299,7 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
     while (stmt->step())
     {
         ZBPlaylist *playlist = playlistsById.value(stmt->int64(0));
-        ZBItem *item = itemsById.value(stmt->int64(1));
+        ZBItem *item = itemById(stmt->int64(1));
         m_nextRowId = std::max(m_nextRowId, stmt->int64(2) + 1);
         if (!playlist || !item)
             continue;
@@ -298,7 +317,7 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
         auto resource = std::make_unique<ZBResources>();
         resource->m_Path = stmt->text(2);
         resource->m_mainFile = readBool(stmt, 3);
-        ZBItem *owner = itemsById.value(stmt->int64(1));
+        ZBItem *owner = itemById(stmt->int64(1));
         resource->m_item = owner;
         ZBResources *raw = adopt(std::move(resource), m_resources, stmt->int64(0));
         if (owner)
@@ -353,12 +372,9 @@ void ZBObjectContext::clear()
 
 void ZBObjectContext::indexItem(ZBItem *item)
 {
-    if (!item->m_ItemUUID.isNull())
-        m_byUUID.insert(fold(item->m_ItemUUID), item);
-    if (!item->m_Path.isNull())
-        m_byPath.insert(fold(item->m_Path), item);
-    if (!item->m_URL.isNull())
-        m_byURL.insert(fold(item->m_URL), item);
+    m_byUUID.insert(item->m_ItemUUID, item);
+    m_byPath.insert(item->m_Path, item);
+    m_byURL.insert(item->m_URL, item);
 }
 
 void ZBObjectContext::rebuildIndexes()
@@ -374,7 +390,7 @@ void ZBObjectContext::rebuildIndexes()
     m_indexesStale = false;
 }
 
-QMultiHash<QString, ZBItem *> *ZBObjectContext::indexForKey(const QString &key)
+ZBFoldedIndex *ZBObjectContext::indexForKey(const QString &key)
 {
     if (key == u"ItemUUID")
         return &m_byUUID;
@@ -392,12 +408,10 @@ void ZBObjectContext::itemKeyWillChange(ZBItem *item, const QString &key, const 
         return;
     // Absent values are never indexed: nothing looks them up, and a fresh
     // record would otherwise pile every new track under one key.
-    if (QMultiHash<QString, ZBItem *> *index = indexForKey(key))
+    if (ZBFoldedIndex *index = indexForKey(key))
     {
-        if (!oldValue.isNull())
-            index->remove(fold(oldValue), item);
-        if (!newValue.isNull())
-            index->insert(fold(newValue), item);
+        index->remove(oldValue, item);
+        index->insert(newValue, item);
     }
 }
 
@@ -405,21 +419,21 @@ QList<ZBItem *> ZBObjectContext::itemsWithFoldedUUID(const QString &folded)
 {
     if (m_indexesStale)
         rebuildIndexes();
-    return m_byUUID.values(folded);
+    return m_byUUID.values(folded, [](const ZBItem &item) { return item.m_ItemUUID; });
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedPath(const QString &folded)
 {
     if (m_indexesStale)
         rebuildIndexes();
-    return m_byPath.values(folded);
+    return m_byPath.values(folded, [](const ZBItem &item) { return item.m_Path; });
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedURL(const QString &folded)
 {
     if (m_indexesStale)
         rebuildIndexes();
-    return m_byURL.values(folded);
+    return m_byURL.values(folded, [](const ZBItem &item) { return item.m_URL; });
 }
 
 ZBItem *ZBObjectContext::insertItem()

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "library/zbbaseentity.h"
+#include "library/zbfoldedindex.h"
 #include "library/zbitem.h"
 #include "library/zbplaylist.h"
 #include "library/zbresources.h"
@@ -106,7 +107,7 @@ private:
     T *adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId);
     void rebuildIndexes();
     void changed(bool itemValues);
-    QMultiHash<QString, ZBItem *> *indexForKey(const QString &key);
+    ZBFoldedIndex *indexForKey(const QString &key);
     void indexItem(ZBItem *item);
     bool writeChanges();
     bool writeItem(ZBItem *item);
@@ -125,9 +126,9 @@ private:
     QList<ZBBaseEntity *> m_baseEntities;
     qint64 m_nextRowId = 1;
 
-    QMultiHash<QString, ZBItem *> m_byUUID;
-    QMultiHash<QString, ZBItem *> m_byPath;
-    QMultiHash<QString, ZBItem *> m_byURL;
+    ZBFoldedIndex m_byUUID{0};
+    ZBFoldedIndex m_byPath{1};
+    ZBFoldedIndex m_byURL{2};
     bool m_indexesStale = false;
     quint64 m_generation = 0;
     quint64 m_itemGeneration = 0;
