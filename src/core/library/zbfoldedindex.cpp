@@ -1,5 +1,7 @@
 #include "library/zbfoldedindex.h"
 
+#include <array>
+
 #include "library/zbitem.h"
 #include "predicate/zbtextfold.h"
 
@@ -77,14 +79,29 @@ quint64 ZBFoldedIndex::hashOf(QStringView folded)
 
 quint64 ZBFoldedIndex::foldedHash(const QString &value)
 {
-    // ASCII folds to itself lowered: hash it that way without building it.
+    // Latin-1 text folds one character at a time: its characters decompose
+    // into a Latin base and marks only, nothing recomposes once the marks are
+    // gone, and case folds one character to one. So it is hashed as it folds,
+    // from a table of each character's own fold, without building the text.
+    static const std::array<QString, 256> latin1Folds = []() {
+        std::array<QString, 256> folds;
+        for (char16_t u = 0; u < 256; ++u)
+            folds[u] = ZBTextFold::fold(QString(QChar(u)), true, true);
+        return folds;
+    }();
     quint64 hash = Offset;
     for (const QChar ch : value)
     {
         const char16_t u = ch.unicode();
-        if (u >= 0x80)
+        if (u < 0x80)
+            hash = step(hash, (u >= u'A' && u <= u'Z') ? char16_t(u + 32) : u);
+        else if (u < 0x100)
+        {
+            for (const QChar folded : latin1Folds[u])
+                hash = step(hash, folded.unicode());
+        }
+        else
             return hashOf(ZBTextFold::fold(value, true, true));
-        hash = step(hash, (u >= u'A' && u <= u'Z') ? char16_t(u + 32) : u);
     }
     return finish(hash);
 }
@@ -92,9 +109,10 @@ quint64 ZBFoldedIndex::foldedHash(const QString &value)
 ZBFoldedIndex::Slot *ZBFoldedIndex::find(quint64 hash) const
 {
     // Linear probing; the table is at most half full, so a free slot ends
-    // every search.
+    // every search. The lowest bit is always set (it marks a used slot), so
+    // the start comes from the bits above it.
     const size_t mask = m_slots.size() - 1;
-    for (size_t i = size_t(hash) & mask;; i = (i + 1) & mask)
+    for (size_t i = size_t(hash >> 1) & mask;; i = (i + 1) & mask)
     {
         const Slot &slot = m_slots[i];
         if (slot.hash == 0 || slot.hash == hash)
