@@ -19,22 +19,25 @@ class ZBItem;
 class ZBFoldedIndex
 {
 public:
-    // `slot` picks the track's chain link this index uses (0 to 2).
-    explicit ZBFoldedIndex(int slot);
+    // `slot` picks the track's chain link this index uses (0 to 2); `field`
+    // is the text it indexes.
+    ZBFoldedIndex(int slot, QString ZBItem::*field);
 
     void clear();
     void reserve(qsizetype count);
+    // Indexes all of `items` in their order, as insert() one by one would.
+    void build(const QList<ZBItem *> &items);
     // `value` as the track holds it, not folded; absent values are never
     // indexed.
     void insert(const QString &value, ZBItem *item);
     void remove(const QString &value, ZBItem *item);
     // The tracks whose value folds to `folded`.
-    QList<ZBItem *> values(const QString &folded, QString (*valueOf)(const ZBItem &)) const;
+    QList<ZBItem *> values(const QString &folded) const;
 
 private:
     struct Slot
     {
-        // Never 0 in a used slot (see foldedHash()), so 0 marks a free one.
+        // Never 0 in a used slot (the lowest bit is set), so 0 marks a free one.
         quint64 hash = 0;
         // Null when the slot was emptied; it keeps its hash so that probing
         // goes on past it.
@@ -47,7 +50,10 @@ private:
     void grow();
     ZBItem *&next(ZBItem *item) const;
 
+    void link(quint64 hash, ZBItem *item);
+
     int m_slot;
+    QString ZBItem::*m_field;
     std::vector<Slot> m_slots;
     qsizetype m_used = 0;
 };

@@ -370,23 +370,11 @@ void ZBObjectContext::clear()
     changed(true);
 }
 
-void ZBObjectContext::indexItem(ZBItem *item)
-{
-    m_byUUID.insert(item->m_ItemUUID, item);
-    m_byPath.insert(item->m_Path, item);
-    m_byURL.insert(item->m_URL, item);
-}
-
 void ZBObjectContext::rebuildIndexes()
 {
-    m_byUUID.clear();
-    m_byPath.clear();
-    m_byURL.clear();
-    m_byUUID.reserve(m_items.size());
-    m_byPath.reserve(m_items.size());
-    m_byURL.reserve(m_items.size());
-    for (ZBItem *item : std::as_const(m_items))
-        indexItem(item);
+    m_byUUID.build(m_items);
+    m_byPath.build(m_items);
+    m_byURL.build(m_items);
     m_indexesStale = false;
 }
 
@@ -419,21 +407,21 @@ QList<ZBItem *> ZBObjectContext::itemsWithFoldedUUID(const QString &folded)
 {
     if (m_indexesStale)
         rebuildIndexes();
-    return m_byUUID.values(folded, [](const ZBItem &item) { return item.m_ItemUUID; });
+    return m_byUUID.values(folded);
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedPath(const QString &folded)
 {
     if (m_indexesStale)
         rebuildIndexes();
-    return m_byPath.values(folded, [](const ZBItem &item) { return item.m_Path; });
+    return m_byPath.values(folded);
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedURL(const QString &folded)
 {
     if (m_indexesStale)
         rebuildIndexes();
-    return m_byURL.values(folded, [](const ZBItem &item) { return item.m_URL; });
+    return m_byURL.values(folded);
 }
 
 ZBItem *ZBObjectContext::insertItem()

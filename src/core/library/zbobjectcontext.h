@@ -108,7 +108,6 @@ private:
     void rebuildIndexes();
     void changed(bool itemValues);
     ZBFoldedIndex *indexForKey(const QString &key);
-    void indexItem(ZBItem *item);
     bool writeChanges();
     bool writeItem(ZBItem *item);
     bool writePlaylist(ZBPlaylist *playlist);
@@ -126,9 +125,9 @@ private:
     QList<ZBBaseEntity *> m_baseEntities;
     qint64 m_nextRowId = 1;
 
-    ZBFoldedIndex m_byUUID{0};
-    ZBFoldedIndex m_byPath{1};
-    ZBFoldedIndex m_byURL{2};
+    ZBFoldedIndex m_byUUID{0, &ZBItem::m_ItemUUID};
+    ZBFoldedIndex m_byPath{1, &ZBItem::m_Path};
+    ZBFoldedIndex m_byURL{2, &ZBItem::m_URL};
     bool m_indexesStale = false;
     quint64 m_generation = 0;
     quint64 m_itemGeneration = 0;
