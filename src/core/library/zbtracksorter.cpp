@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <limits>
 #include <vector>
 
@@ -55,17 +56,30 @@ void radixSort(std::vector<Keyed> &keyed)
 {
     constexpr int Bits = 11;
     constexpr quint64 Mask = (quint64(1) << Bits) - 1;
+    constexpr int MaxPasses = (64 + Bits - 1) / Bits;
     quint64 all = 0;
     for (const Keyed &k : keyed)
         all |= k.key;
-    std::vector<Keyed> buffer(keyed.size());
-    for (int shift = 0; shift < 64 && (all >> shift) != 0; shift += Bits)
+    int passes = 0;
+    while (passes < MaxPasses && (all >> (passes * Bits)) != 0)
+        ++passes;
+    if (passes == 0)
+        return;
+    // Every pass's counts in one read of the keys.
+    std::vector<std::array<size_t, Mask + 1>> counts{size_t(passes), std::array<size_t, Mask + 1>{}};
+    for (const Keyed &k : keyed)
     {
-        std::array<size_t, Mask + 2> start{};
-        for (const Keyed &k : keyed)
-            ++start[((k.key >> shift) & Mask) + 1];
-        for (size_t d = 1; d < start.size(); ++d)
-            start[d] += start[d - 1];
+        for (int pass = 0; pass < passes; ++pass)
+            ++counts[size_t(pass)][(k.key >> (pass * Bits)) & Mask];
+    }
+    std::vector<Keyed> buffer(keyed.size());
+    for (int pass = 0; pass < passes; ++pass)
+    {
+        std::array<size_t, Mask + 1> &start = counts[size_t(pass)];
+        size_t sum = 0;
+        for (size_t &count : start)
+            sum += std::exchange(count, sum);
+        const int shift = pass * Bits;
         for (const Keyed &k : keyed)
             buffer[start[(k.key >> shift) & Mask]++] = k;
         keyed.swap(buffer);
@@ -163,32 +177,35 @@ std::optional<ZBItemList> ZBTrackSorter::fastSort(const ZBItemList &tracks, cons
     if (isInvertedSortKey(key))
     {
         // Absent first, then present values in order: 0, then 1 + (value - min).
-        std::vector<std::optional<qint64>> values(size_t(tracks.size()));
+        // The raw values go in first, an absent one as the lowest integer.
+        constexpr qint64 Absent = std::numeric_limits<qint64>::min();
         qint64 low = std::numeric_limits<qint64>::max();
-        qint64 high = std::numeric_limits<qint64>::min();
+        qint64 high = Absent;
         for (qsizetype i = 0; i < tracks.size(); ++i)
         {
             // Each track is a cache miss of its own: start loading ahead.
             if (i + PrefetchDistance < tracks.size())
                 __builtin_prefetch(tracks[i + PrefetchDistance]);
-            if (!integerValue(*tracks[i], key, &values[size_t(i)]))
+            std::optional<qint64> value;
+            if (!integerValue(*tracks[i], key, &value) || (value && *value == Absent))
                 return std::nullopt;
-            if (values[size_t(i)])
+            if (value)
             {
-                low = std::min(low, *values[size_t(i)]);
-                high = std::max(high, *values[size_t(i)]);
+                low = std::min(low, *value);
+                high = std::max(high, *value);
             }
+            keyed.push_back({quint64(value ? *value : Absent), tracks[i]});
         }
         const quint64 span = low <= high ? quint64(high) - quint64(low) : 0;
         if (span == std::numeric_limits<quint64>::max())
             return std::nullopt;
         const quint64 top = low <= high ? span + 1 : 0;
-        for (qsizetype i = 0; i < tracks.size(); ++i)
+        for (Keyed &k : keyed)
         {
-            const std::optional<qint64> &value = values[size_t(i)];
-            const quint64 k = value ? quint64(*value) - quint64(low) + 1 : 0;
+            const qint64 value = qint64(k.key);
+            const quint64 rank = value == Absent ? 0 : quint64(value) - quint64(low) + 1;
             // Inverted: ascend puts the greatest first.
-            keyed.push_back({ascend ? top - k : k, tracks[i]});
+            k.key = ascend ? top - rank : rank;
         }
     }
     else
