@@ -375,13 +375,14 @@ ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPre
     constexpr qsizetype ParallelFrom = 20000;
     if (items.size() < ParallelFrom || QThread::idealThreadCount() < 2)
     {
-        filter.filter(items.cbegin(), items.cend(), matches);
+        filter.filter(items.constData(), items.constData() + items.size(), matches);
         return matches;
     }
-    const auto middle = items.cbegin() + items.size() / 2;
+    ZBItem *const *begin = items.constData();
+    ZBItem *const *middle = begin + items.size() / 2;
     ZBItemList secondMatches;
-    std::thread worker([&]() { filter.filter(middle, items.cend(), secondMatches); });
-    filter.filter(items.cbegin(), middle, matches);
+    std::thread worker([&]() { filter.filter(middle, begin + items.size(), secondMatches); });
+    filter.filter(begin, middle, matches);
     worker.join();
     matches.append(secondMatches);
     return matches;

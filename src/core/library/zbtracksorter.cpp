@@ -163,74 +163,44 @@ std::optional<ZBItemList> ZBTrackSorter::fastSort(const ZBItemList &tracks, cons
     if (tracks.isEmpty())
         return std::nullopt;
     ZBObjectContext *context = tracks.first()->context();
-    // A track of another library, or one deleted since, has no kept key.
-    for (const ZBItem *item : tracks)
-    {
-        if (item->context() != context || item->isDeleted())
-            return std::nullopt;
-    }
     if (!context)
+        return std::nullopt;
+    const std::vector<quint32> *ranks = nullptr;
+    bool descending = false;
+    if (isInvertedSortKey(key))
+    {
+        ranks = valueRanks(*context, key);
+        descending = ascend;
+    }
+    else if (const int field = ZBItem::textFieldIndex(key); field >= 0)
+    {
+        ranks = textRanks(*context, key, field);
+        descending = !ascend;
+    }
+    if (!ranks)
         return std::nullopt;
 
     std::vector<Keyed> keyed;
     keyed.reserve(size_t(tracks.size()));
-    if (isInvertedSortKey(key))
+    quint64 top = 0;
+    for (qsizetype i = 0; i < tracks.size(); ++i)
     {
-        // Absent first, then present values in order: 0, then 1 + (value - min).
-        // The raw values go in first, an absent one as the lowest integer.
-        constexpr qint64 Absent = std::numeric_limits<qint64>::min();
-        qint64 low = std::numeric_limits<qint64>::max();
-        qint64 high = Absent;
-        for (qsizetype i = 0; i < tracks.size(); ++i)
-        {
-            // Each track is a cache miss of its own: start loading ahead.
-            if (i + PrefetchDistance < tracks.size())
-                __builtin_prefetch(tracks[i + PrefetchDistance]);
-            std::optional<qint64> value;
-            if (!integerValue(*tracks[i], key, &value) || (value && *value == Absent))
-                return std::nullopt;
-            if (value)
-            {
-                low = std::min(low, *value);
-                high = std::max(high, *value);
-            }
-            keyed.push_back({quint64(value ? *value : Absent), tracks[i]});
-        }
-        const quint64 span = low <= high ? quint64(high) - quint64(low) : 0;
-        if (span == std::numeric_limits<quint64>::max())
+        // Each track is a cache miss of its own: start loading ahead.
+        if (i + PrefetchDistance < tracks.size())
+            __builtin_prefetch(tracks[i + PrefetchDistance]);
+        ZBItem *item = tracks[i];
+        // A track of another library, or one deleted since, has no kept key.
+        if (item->context() != context || item->isDeleted() || item->serial() >= ranks->size()
+            || (*ranks)[item->serial()] == std::numeric_limits<quint32>::max())
             return std::nullopt;
-        const quint64 top = low <= high ? span + 1 : 0;
-        for (Keyed &k : keyed)
-        {
-            const qint64 value = qint64(k.key);
-            const quint64 rank = value == Absent ? 0 : quint64(value) - quint64(low) + 1;
-            // Inverted: ascend puts the greatest first.
-            k.key = ascend ? top - rank : rank;
-        }
+        const quint64 rank = (*ranks)[item->serial()];
+        top = std::max(top, rank);
+        keyed.push_back({rank, item});
     }
-    else
+    if (descending)
     {
-        const int field = ZBItem::textFieldIndex(key);
-        if (field < 0)
-            return std::nullopt;
-        const std::vector<quint32> *ranks = textRanks(*context, key, field);
-        quint64 top = 0;
-        for (qsizetype i = 0; i < tracks.size(); ++i)
-        {
-            if (i + PrefetchDistance < tracks.size())
-                __builtin_prefetch(tracks[i + PrefetchDistance]);
-            ZBItem *item = tracks[i];
-            if (item->serial() >= ranks->size() || (*ranks)[item->serial()] == std::numeric_limits<quint32>::max())
-                return std::nullopt;
-            const quint64 rank = (*ranks)[item->serial()];
-            top = std::max(top, rank);
-            keyed.push_back({rank, item});
-        }
-        if (!ascend)
-        {
-            for (Keyed &k : keyed)
-                k.key = top - k.key;
-        }
+        for (Keyed &k : keyed)
+            k.key = top - k.key;
     }
     radixSort(keyed);
     ZBItemList sorted;
@@ -238,6 +208,52 @@ std::optional<ZBItemList> ZBTrackSorter::fastSort(const ZBItemList &tracks, cons
     for (const Keyed &k : keyed)
         sorted.append(k.item);
     return sorted;
+}
+
+const std::vector<quint32> *ZBTrackSorter::valueRanks(ZBObjectContext &context, const QString &key)
+{
+    ZBObjectContext::SortRanks &cache = context.sortRanks(key);
+    if (cache.generation == context.itemGeneration() && !cache.bySerial.empty())
+        return &cache.bySerial;
+
+    // Absent first, then present values in order: 0, then 1 + (value - min).
+    // The raw values go in first, an absent one as the lowest integer.
+    constexpr qint64 Absent = std::numeric_limits<qint64>::min();
+    const ZBItemList &items = context.items();
+    std::vector<Keyed> keyed;
+    keyed.reserve(size_t(items.size()));
+    qint64 low = std::numeric_limits<qint64>::max();
+    qint64 high = Absent;
+    for (qsizetype i = 0; i < items.size(); ++i)
+    {
+        if (i + PrefetchDistance < items.size())
+            __builtin_prefetch(items[i + PrefetchDistance]);
+        std::optional<qint64> value;
+        if (!integerValue(*items[i], key, &value) || (value && *value == Absent))
+            return nullptr;
+        if (value)
+        {
+            low = std::min(low, *value);
+            high = std::max(high, *value);
+        }
+        keyed.push_back({quint64(value ? *value : Absent), items[i]});
+    }
+    if (low <= high && quint64(high) - quint64(low) == std::numeric_limits<quint64>::max())
+        return nullptr;
+    for (Keyed &k : keyed)
+        k.key = qint64(k.key) == Absent ? 0 : quint64(qint64(k.key)) - quint64(low) + 1;
+    radixSort(keyed);
+    cache.bySerial.assign(context.serialCount(), std::numeric_limits<quint32>::max());
+    quint32 rank = 0;
+    for (size_t i = 0; i < keyed.size(); ++i)
+    {
+        if (i > 0 && keyed[i - 1].key != keyed[i].key)
+            ++rank;
+        cache.bySerial[keyed[i].item->serial()] = rank;
+    }
+    cache.generation = context.itemGeneration();
+    cache.locale.clear();
+    return &cache.bySerial;
 }
 
 ZBItemList ZBTrackSorter::plainSort(const ZBItemList &tracks, const QString &key, bool ascend)

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "library/zbitem.h"
+
+class ZBObjectContext;
 
 // Orders tracks the way the track table shows them (see
 // ZBLibraryController::sortList()). The plain sort compares each track's
@@ -20,4 +23,8 @@ public:
 
 private:
     static std::optional<ZBItemList> fastSort(const ZBItemList &tracks, const QString &key, bool ascend);
+    // Every track's place in the order of a number or date key, by serial,
+    // kept by the context until a track changes; null when the key is not
+    // one of them.
+    static const std::vector<quint32> *valueRanks(ZBObjectContext &context, const QString &key);
 };
