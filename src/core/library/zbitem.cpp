@@ -259,12 +259,12 @@ QVariant ZBItem::valueForKeyPath(const QString &keyPath) const
     QVariantList values;
     if (head == u"Playlist")
     {
-        for (const ZBPlaylist *playlist : m_playlists)
+        for (const ZBPlaylist *playlist : Playlist())
             values.append(playlist->valueForKeyPath(rest));
     }
     else if (head == u"Resource")
     {
-        for (const ZBResources *resource : m_resources)
+        for (const ZBResources *resource : Resource())
         {
             if (rest == u"Path")
                 values.append(resource->Path());

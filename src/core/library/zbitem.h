@@ -54,8 +54,16 @@ public:
 
     // Relationships are changed through the library controller, which keeps
     // both sides and the store in step.
-    const QList<ZBPlaylist *> &Playlist() const { return m_playlists; }
-    const QList<ZBResources *> &Resource() const { return m_resources; }
+    const QList<ZBPlaylist *> &Playlist() const
+    {
+        static const QList<ZBPlaylist *> none;
+        return m_relations ? m_relations->playlists : none;
+    }
+    const QList<ZBResources *> &Resource() const
+    {
+        static const QList<ZBResources *> none;
+        return m_relations ? m_relations->resources : none;
+    }
     ZBType *rel_Type() const { return m_relType; }
 
     // Generic access by attribute key, as the track table and the rules use it.
@@ -158,8 +166,21 @@ private:
     std::optional<bool> m_isValid;
     std::optional<bool> m_isAvailable;
 
-    QList<ZBPlaylist *> m_playlists;
-    QList<ZBResources *> m_resources;
+    // Most tracks are in no plain list and have no resources: the two lists
+    // are made for the few that do, which saves a library of a million
+    // tracks some 40 MB.
+    struct Relations
+    {
+        QList<ZBPlaylist *> playlists;
+        QList<ZBResources *> resources;
+    };
+    Relations &relations()
+    {
+        if (!m_relations)
+            m_relations = std::make_unique<Relations>();
+        return *m_relations;
+    }
+    std::unique_ptr<Relations> m_relations;
     ZBType *m_relType = nullptr;
 
 };

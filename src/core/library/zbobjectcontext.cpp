@@ -306,7 +306,7 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
         if (!playlist || !item)
             continue;
         playlist->m_items.append(item);
-        item->m_playlists.append(playlist);
+        item->relations().playlists.append(playlist);
     }
     if (!stmt->ok())
         return fail();
@@ -323,7 +323,7 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
         resource->m_item = owner;
         ZBResources *raw = adopt(std::move(resource), m_resources, stmt->int64(0));
         if (owner)
-            owner->m_resources.append(raw);
+            owner->relations().resources.append(raw);
     }
     if (!stmt->ok())
         return fail();
@@ -467,7 +467,7 @@ ZBResources *ZBObjectContext::insertResource(ZBItem *owner)
     ZBResources *resource = adopt(std::make_unique<ZBResources>(), m_resources, m_nextRowId);
     resource->m_item = owner;
     if (owner)
-        owner->m_resources.append(resource);
+        owner->relations().resources.append(resource);
     objectDidChange(resource);
     return resource;
 }
@@ -483,13 +483,15 @@ void ZBObjectContext::deleteItem(ZBItem *item)
 {
     if (!item || item->m_deleted)
         return;
-    for (ZBPlaylist *playlist : std::as_const(item->m_playlists))
+    const QList<ZBPlaylist *> playlists = item->Playlist();
+    for (ZBPlaylist *playlist : playlists)
     {
         playlist->m_items.removeOne(item);
         m_membersAdded.remove({playlist->rowId(), item->rowId()});
     }
-    item->m_playlists.clear();
-    for (ZBResources *resource : std::as_const(item->m_resources))
+    if (item->m_relations)
+        item->m_relations->playlists.clear();
+    for (ZBResources *resource : item->Resource())
     {
         resource->m_deleted = true;
         m_resources.removeOne(resource);
@@ -514,7 +516,8 @@ void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)
         return;
     for (ZBItem *item : std::as_const(playlist->m_items))
     {
-        item->m_playlists.removeOne(playlist);
+        if (item->m_relations)
+            item->m_relations->playlists.removeOne(playlist);
         m_membersAdded.remove({playlist->rowId(), item->rowId()});
     }
     playlist->m_items.clear();
@@ -529,7 +532,7 @@ void ZBObjectContext::addMember(ZBPlaylist *playlist, ZBItem *item)
     if (playlist->m_items.contains(item))
         return;
     playlist->m_items.append(item);
-    item->m_playlists.append(playlist);
+    item->relations().playlists.append(playlist);
     changed(false);
     const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
     if (!m_membersRemoved.remove(key))
@@ -540,7 +543,8 @@ void ZBObjectContext::removeMember(ZBPlaylist *playlist, ZBItem *item)
 {
     if (!playlist->m_items.removeOne(item))
         return;
-    item->m_playlists.removeOne(playlist);
+    if (item->m_relations)
+        item->m_relations->playlists.removeOne(playlist);
     changed(false);
     const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
     if (!m_membersAdded.remove(key))
