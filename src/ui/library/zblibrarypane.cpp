@@ -52,15 +52,22 @@ public:
         if (count <= 0)
             return;
         const QString text = QString::number(count);
-        const QFontMetrics metrics(opt.font);
-        const int width = metrics.horizontalAdvance(text) + 12;
-        const QRect badge(opt.rect.right() - width - 6, opt.rect.top() + 3, width, opt.rect.height() - 6);
+        QFont font = opt.font;
+        font.setBold(true);
+        font.setPointSizeF(font.pointSizeF() * 0.85);
+        const QFontMetrics metrics(font);
+        // Sized by its text, not by the row: dense rows would clip the digits.
+        const int height = std::min(opt.rect.height(), metrics.height() + 1);
+        const int width = std::max(metrics.horizontalAdvance(text) + 10, height);
+        const QRect badge(opt.rect.right() - width - 6, opt.rect.center().y() - height / 2, width, height);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
-        painter->setBrush(opt.palette.color(QPalette::Mid));
+        painter->setBrush(opt.palette.color(QPalette::Dark));
         painter->drawRoundedRect(badge, badge.height() / 2.0, badge.height() / 2.0);
-        painter->setPen(opt.palette.color(QPalette::Base));
+        painter->setFont(font);
+        painter->setPen(opt.palette.color(QPalette::BrightText).lightness() > 128 ? opt.palette.color(QPalette::BrightText)
+                                                                               : QColor(Qt::white));
         painter->drawText(badge, Qt::AlignCenter, text);
         painter->restore();
     }
