@@ -15,6 +15,7 @@
 
 #include <unistd.h>
 
+#include "engines/zbloggingwebpage.h"
 #include "engines/flash/zbflashbridge.h"
 #include "engines/flash/zbflashrequestguard.h"
 #include "engines/flash/zbflashscheme.h"
@@ -28,32 +29,6 @@ Q_LOGGING_CATEGORY(lcFlashPage, "norvik.engine.flash.page", QtCriticalMsg)
 
 namespace
 {
-// The engine's own messages (Ruffle logs its panics to the console) are the
-// only account of why a movie shows nothing; keep them in our log.
-class FlashPage : public QWebEnginePage
-{
-public:
-    using QWebEnginePage::QWebEnginePage;
-
-protected:
-    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString &message, int line,
-                                  const QString &source) override
-    {
-        if (level == ErrorMessageLevel)
-            qCWarning(lcFlashPage).noquote() << message << source << line;
-        else
-            qCDebug(lcFlashPage).noquote() << message;
-    }
-
-    // The page is ours; movies may not navigate it away (the engine refuses
-    // to open URLs, this catches anything that slips past).
-    bool acceptNavigationRequest(const QUrl &url, NavigationType, bool isMainFrame) override
-    {
-        return !isMainFrame || (url.scheme() == QLatin1String(ZBFlashSchemeHandler::SchemeName)
-                                && url.path().startsWith(QStringLiteral("/app/")));
-    }
-};
-
 QString qualityName(int quality)
 {
     switch (quality)
@@ -114,7 +89,7 @@ ZBFlashView::ZBFlashView(QWidget *parent)
     m_profile->installUrlSchemeHandler(ZBFlashSchemeHandler::SchemeName, m_scheme);
     m_profile->setUrlRequestInterceptor(m_guard);
 
-    auto *page = new FlashPage(m_profile, this);
+    auto *page = new ZBLoggingWebPage(lcFlashPage, m_profile, this);
     QWebEngineSettings *settings = page->settings();
     settings->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, false);
     settings->setAttribute(QWebEngineSettings::ShowScrollBars, false);

@@ -19,6 +19,7 @@
 #include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 
+#include "engines/zbloggingwebpage.h"
 #include "engines/flash/zbflashscheme.h"
 #include "localization/zblocalizer.h"
 #include "ui/web/zbpagescanbridge.h"
@@ -37,21 +38,6 @@ const QString ErrorPagePath = QStringLiteral("/pages/404.html");
 // Chromium's ERR_ABORTED: a load cut short by a newer one or by stop().
 constexpr int AbortedError = -3;
 
-class BrowserPage : public QWebEnginePage
-{
-public:
-    using QWebEnginePage::QWebEnginePage;
-
-protected:
-    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString &message, int line,
-                                  const QString &source) override
-    {
-        if (level == ErrorMessageLevel)
-            qCWarning(lcBrowserPage).noquote() << message << source << line;
-        else
-            qCDebug(lcBrowserPage).noquote() << message;
-    }
-};
 
 QString resourceText(const QString &path)
 {
@@ -132,7 +118,7 @@ ZBBrowserView::ZBBrowserView(QWidget *parent)
         ignored.append(m_ruffleServer->baseUrl());
     m_interceptor->setIgnoredPrefixes(ignored);
 
-    auto *page = new BrowserPage(m_profile, this);
+    auto *page = new ZBLoggingWebPage(lcBrowserPage, m_profile, this);
     QWebEngineSettings *settings = page->settings();
     // Movies and Flash start by themselves, so what they load is captured.
     settings->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, false);
