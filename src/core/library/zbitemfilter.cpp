@@ -43,27 +43,6 @@ bool isComparisonOperator(Op op)
     return !ZBPredicateNode::isStringOperator(op);
 }
 
-bool answer(Op op, Order order)
-{
-    switch (op)
-    {
-        case Op::Equal:
-            return order == Order::Equal;
-        case Op::NotEqual:
-            return order != Order::Equal;
-        case Op::Less:
-            return order == Order::Less;
-        case Op::LessOrEqual:
-            return order == Order::Less || order == Order::Equal;
-        case Op::Greater:
-            return order == Order::Greater;
-        case Op::GreaterOrEqual:
-            return order == Order::Greater || order == Order::Equal;
-        default:
-            return false;
-    }
-}
-
 // An absent value is unordered against a present constant: only "!=" holds,
 // and the string operators are false.
 bool absentAnswer(Op op)
@@ -243,7 +222,7 @@ bool ZBItemFilter::evaluate(int index, const ZBItem &item) const
             if (!value)
                 return absentAnswer(step.node->comparisonOperator());
             const Order order = step.real ? orderOf(double(*value), step.number) : orderOf(qint64(*value), step.integer);
-            return answer(step.node->comparisonOperator(), order);
+            return ZBPredicateEvaluator::satisfies(int(step.node->comparisonOperator()), order);
         }
         case Step::Kind::Date:
         {
@@ -253,7 +232,7 @@ bool ZBItemFilter::evaluate(int index, const ZBItem &item) const
             const qint64 msecs = value.toMSecsSinceEpoch();
             const Order order = step.real ? orderOf(double(msecs - ReferenceMSecs) / 1000.0, step.number)
                                           : orderOf(msecs, step.integer);
-            return answer(step.node->comparisonOperator(), order);
+            return ZBPredicateEvaluator::satisfies(int(step.node->comparisonOperator()), order);
         }
         case Step::Kind::Plain:
             return ZBPredicateEvaluator::evaluate(*step.node, item);

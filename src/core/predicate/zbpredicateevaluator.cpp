@@ -284,8 +284,13 @@ bool ZBPredicateEvaluator::compareOne(const ZBPredicateNode &node, const QVarian
         return matchTextDynamic(node, foldedValue, ZBTextFold::fold(pattern, op == Op::Matches ? false : c, d));
     }
 
-    const Order order = compare(left, right, c, d);
-    switch (op)
+    return satisfies(int(op), compare(left, right, c, d));
+}
+
+bool ZBPredicateEvaluator::satisfies(int comparisonOperator, Order order)
+{
+    using Op = ZBPredicateNode::Operator;
+    switch (Op(comparisonOperator))
     {
         case Op::Equal:
             return order == Order::Equal;

@@ -34,6 +34,9 @@ public:
 
     // The comparison used by ==, !=, <, <=, > and >=.
     static Order compare(const QVariant &left, const QVariant &right, bool caseInsensitive, bool diacriticInsensitive);
+    // Whether an order satisfies one of those operators (the operator as
+    // ZBPredicateNode::Operator); false for any other operator.
+    static bool satisfies(int comparisonOperator, Order order);
 
     // A comparison node whose right side is a prepared text constant, answered
     // for a present value already folded with the node's flags. Compiled
