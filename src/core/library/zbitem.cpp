@@ -83,7 +83,7 @@ void ZBItem::setItemUUID(const QString &value)
         context()->itemKeyWillChange(this, QStringLiteral("ItemUUID"), m_ItemUUID, value);
     m_ItemUUID = value;
     forgetFolds(ItemUUIDField);
-    didChange();
+    didChange(ItemUUIDValue);
 }
 
 void ZBItem::setName(const QString &value)
@@ -91,7 +91,7 @@ void ZBItem::setName(const QString &value)
     if (!assign(m_Name, value))
         return;
     forgetFolds(NameField);
-    didChange();
+    didChange(NameValue);
 }
 
 void ZBItem::setPath(const QString &value)
@@ -102,7 +102,7 @@ void ZBItem::setPath(const QString &value)
         context()->itemKeyWillChange(this, QStringLiteral("Path"), m_Path, value);
     m_Path = value;
     forgetFolds(PathField);
-    didChange();
+    didChange(PathValue);
 }
 
 void ZBItem::setURL(const QString &value)
@@ -113,7 +113,7 @@ void ZBItem::setURL(const QString &value)
         context()->itemKeyWillChange(this, QStringLiteral("URL"), m_URL, value);
     m_URL = value;
     forgetFolds(URLField);
-    didChange();
+    didChange(URLValue);
 }
 
 void ZBItem::setType(const QString &value)
@@ -121,25 +121,25 @@ void ZBItem::setType(const QString &value)
     if (!assign(m_Type, value))
         return;
     forgetFolds(TypeField);
-    didChange();
+    didChange(TypeValue);
 }
 
 void ZBItem::setRating(std::optional<qint32> value)
 {
     if (assign(m_Rating, value))
-        didChange();
+        didChange(RatingValue);
 }
 
 void ZBItem::setLength(std::optional<qint32> value)
 {
     if (assign(m_Length, value))
-        didChange();
+        didChange(LengthValue);
 }
 
 void ZBItem::setPlayCount(std::optional<qint32> value)
 {
     if (assign(m_PlayCount, value))
-        didChange();
+        didChange(PlayCountValue);
 }
 
 void ZBItem::setAdded(const QDateTime &value)
@@ -147,7 +147,7 @@ void ZBItem::setAdded(const QDateTime &value)
     if (m_Added.isValid() != value.isValid() || m_Added != value)
     {
         m_Added = value;
-        didChange();
+        didChange(AddedValue);
     }
 }
 
@@ -156,7 +156,7 @@ void ZBItem::setLastPlayed(const QDateTime &value)
     if (m_LastPlayed.isValid() != value.isValid() || m_LastPlayed != value)
     {
         m_LastPlayed = value;
-        didChange();
+        didChange(LastPlayedValue);
     }
 }
 
@@ -165,19 +165,19 @@ void ZBItem::setSourcePageTitle(const QString &value)
     if (!assign(m_SourcePageTitle, value))
         return;
     forgetFolds(SourcePageTitleField);
-    didChange();
+    didChange(SourcePageTitleValue);
 }
 
 void ZBItem::setIsValid(std::optional<bool> value)
 {
     if (assign(m_isValid, value))
-        didChange();
+        didChange(IsValidValue);
 }
 
 void ZBItem::setIsAvailable(std::optional<bool> value)
 {
     if (assign(m_isAvailable, value))
-        didChange();
+        didChange(IsAvailableValue);
 }
 
 QVariant ZBItem::getUntypedValueByName(const QString &key) const
@@ -277,6 +277,31 @@ QVariant ZBItem::valueForKeyPath(const QString &keyPath) const
         return QVariant();
     }
     return values;
+}
+
+quint32 ZBItem::valueBit(QStringView key)
+{
+    static const std::array<std::pair<QStringView, quint32>, ValueBitCount> bits{{
+        {u"ItemUUID", ItemUUIDValue},
+        {u"Name", NameValue},
+        {u"Path", PathValue},
+        {u"URL", URLValue},
+        {u"Type", TypeValue},
+        {u"Rating", RatingValue},
+        {u"Length", LengthValue},
+        {u"PlayCount", PlayCountValue},
+        {u"Added", AddedValue},
+        {u"LastPlayed", LastPlayedValue},
+        {u"SourcePageTitle", SourcePageTitleValue},
+        {u"isValid", IsValidValue},
+        {u"isAvailable", IsAvailableValue},
+    }};
+    for (const auto &[name, bit] : bits)
+    {
+        if (key == name)
+            return bit;
+    }
+    return 0;
 }
 
 int ZBItem::textFieldIndex(const QString &key)

@@ -111,6 +111,30 @@ public:
     }
     // The index of the text field `key` names, or -1.
     static int textFieldIndex(const QString &key);
+    // One bit per stored value: kept lists and sort keys are only dropped by
+    // changes to the values they read (a play moves PlayCount and
+    // LastPlayed, not the order by name).
+    enum ValueBit : quint32
+    {
+        ItemUUIDValue = 1u << 0,
+        NameValue = 1u << 1,
+        PathValue = 1u << 2,
+        URLValue = 1u << 3,
+        TypeValue = 1u << 4,
+        RatingValue = 1u << 5,
+        LengthValue = 1u << 6,
+        PlayCountValue = 1u << 7,
+        AddedValue = 1u << 8,
+        LastPlayedValue = 1u << 9,
+        SourcePageTitleValue = 1u << 10,
+        IsValidValue = 1u << 11,
+        IsAvailableValue = 1u << 12,
+        AllValues = (1u << 13) - 1
+    };
+    static constexpr int ValueBitCount = 13;
+    // The bit of the stored value `key` names; 0 for anything else (a key
+    // path through a relationship, an unknown key).
+    static quint32 valueBit(QStringView key);
     // Dense per context, in order of creation: sort keys kept by the context
     // are indexed by it.
     quint32 serial() const { return m_serial; }

@@ -21,6 +21,34 @@ const QString ZBLibraryController::LibraryFileName = QStringLiteral("NVKLibrary.
 
 namespace
 {
+// The track values a filter reads, as ZBItem::ValueBit; false when it reads
+// anything else (a playlist's or resource's key path, an unknown key), whose
+// changes the bits cannot tell.
+bool valueBitsRead(const ZBPredicateNode *node, quint32 *bits)
+{
+    if (!node)
+        return true;
+    if (node->type() == ZBPredicateNode::Type::Comparison)
+    {
+        for (const ZBPredicateExpression *side : {&node->left(), &node->right()})
+        {
+            if (!side->isKeyPath())
+                continue;
+            const quint32 bit = ZBItem::valueBit(side->keyPath());
+            if (bit == 0)
+                return false;
+            *bits |= bit;
+        }
+        return true;
+    }
+    for (qsizetype c = 0; c < node->childCount(); ++c)
+    {
+        if (!valueBitsRead(node->child(c), bits))
+            return false;
+    }
+    return true;
+}
+
 const QString GroupPredefined = QStringLiteral("Predefined");
 const QString GroupDownloads = QStringLiteral("Downloads");
 const QString GroupUser = QStringLiteral("User");
@@ -391,13 +419,18 @@ ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPre
 ZBItemList ZBLibraryController::itemsMatching(const QString &request) const
 {
     // The tree asks for the same lists (and their counts) over and over while
-    // nothing changes; a kept answer stands until the next change of any
-    // record or membership.
-    const quint64 generation = m_context.generation();
+    // nothing changes; a kept answer stands until a track is added or deleted
+    // or one of the values the request reads changes (so a play, which moves
+    // counts and dates, leaves "Video" alone). A request reading through a
+    // relationship is dropped by any change.
+    const ZBPredicate &predicate = cachedPredicate(request);
+    quint32 bits = 0;
+    const quint64 generation = valueBitsRead(predicate.root(), &bits) ? m_context.itemGeneration(bits, true)
+                                                                       : m_context.generation();
     auto kept = m_lists.constFind(request);
     if (kept != m_lists.cend() && kept->first == generation)
         return kept->second;
-    ZBItemList matches = filterItems(m_context.items(), cachedPredicate(request));
+    ZBItemList matches = filterItems(m_context.items(), predicate);
     if (m_lists.size() > 64)
         m_lists.clear();
     m_lists.insert(request, {generation, matches});

@@ -18,7 +18,9 @@ public:
     ZBObjectContext *context() const { return m_context; }
 
 protected:
-    void didChange();
+    // `valueBits`: which of a track's values changed (ZBItem::ValueBit); other
+    // records leave it at "all".
+    void didChange(quint32 valueBits = ~0u);
 
 private:
     friend class ZBObjectContext;

@@ -93,17 +93,35 @@ quint64 nextGeneration()
 }
 } // namespace
 
-void ZBObjectContext::changed(bool itemValues)
+void ZBObjectContext::changed(quint32 valueBits, bool added, bool removed)
 {
     m_generation = nextGeneration();
-    if (itemValues)
-        m_itemGeneration = m_generation;
+    for (int bit = 0; bit < ZBItem::ValueBitCount; ++bit)
+    {
+        if (valueBits & (1u << bit))
+            m_valueGeneration[size_t(bit)] = m_generation;
+    }
+    if (added)
+        m_additionGeneration = m_generation;
+    if (removed)
+        m_removalGeneration = m_generation;
 }
 
-void ZBManagedObject::didChange()
+quint64 ZBObjectContext::itemGeneration(quint32 valueBits, bool withRemovals) const
+{
+    quint64 latest = withRemovals ? std::max(m_additionGeneration, m_removalGeneration) : m_additionGeneration;
+    for (int bit = 0; bit < ZBItem::ValueBitCount; ++bit)
+    {
+        if (valueBits & (1u << bit))
+            latest = std::max(latest, m_valueGeneration[size_t(bit)]);
+    }
+    return latest;
+}
+
+void ZBManagedObject::didChange(quint32 valueBits)
 {
     if (m_context)
-        m_context->objectDidChange(this);
+        m_context->objectDidChange(this, valueBits);
 }
 
 ZBObjectContext::ZBObjectContext() = default;
@@ -345,7 +363,7 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
     // Built now rather than at the first lookup: the first track the user
     // adds or plays would otherwise wait for them.
     rebuildIndexes();
-    changed(true);
+    changed(ZBItem::AllValues, true, true);
     return true;
 }
 
@@ -369,7 +387,7 @@ void ZBObjectContext::clear()
     m_nextSerial = 0;
     m_sortRanks.clear();
     m_indexesStale = false;
-    changed(true);
+    changed(ZBItem::AllValues, true, true);
 }
 
 void ZBObjectContext::rebuildIndexes()
@@ -444,7 +462,8 @@ QList<ZBItem *> ZBObjectContext::itemsWithFoldedURL(const QString &folded)
 ZBItem *ZBObjectContext::insertItem()
 {
     ZBItem *item = adopt(std::make_unique<ZBItem>(), m_items, m_nextRowId);
-    objectDidChange(item);
+    objectDidChange(item, 0);
+    changed(ZBItem::AllValues, true, false);
     return item;
 }
 
@@ -506,7 +525,7 @@ void ZBObjectContext::deleteItem(ZBItem *item)
     }
     item->m_deleted = true;
     m_items.removeOne(item);
-    changed(true);
+    changed(0, false, true);
     m_deleted.append(item);
 }
 
@@ -523,7 +542,7 @@ void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)
     playlist->m_items.clear();
     playlist->m_deleted = true;
     m_playlists.removeOne(playlist);
-    changed(false);
+    changed(0, false, false);
     m_deleted.append(playlist);
 }
 
@@ -533,7 +552,7 @@ void ZBObjectContext::addMember(ZBPlaylist *playlist, ZBItem *item)
         return;
     playlist->m_items.append(item);
     item->relations().playlists.append(playlist);
-    changed(false);
+    changed(0, false, false);
     const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
     if (!m_membersRemoved.remove(key))
         m_membersAdded.insert(key);
@@ -545,15 +564,15 @@ void ZBObjectContext::removeMember(ZBPlaylist *playlist, ZBItem *item)
         return;
     if (item->m_relations)
         item->m_relations->playlists.removeOne(playlist);
-    changed(false);
+    changed(0, false, false);
     const QPair<qint64, qint64> key{playlist->rowId(), item->rowId()};
     if (!m_membersAdded.remove(key))
         m_membersRemoved.insert(key);
 }
 
-void ZBObjectContext::objectDidChange(ZBManagedObject *object)
+void ZBObjectContext::objectDidChange(ZBManagedObject *object, quint32 valueBits)
 {
-    changed(dynamic_cast<ZBItem *>(object) != nullptr);
+    changed(dynamic_cast<ZBItem *>(object) ? (valueBits & ZBItem::AllValues) : 0, false, false);
     if (m_changed.contains(object))
         return;
     m_changed.insert(object);

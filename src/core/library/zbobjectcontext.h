@@ -71,12 +71,14 @@ public:
     QList<ZBItem *> itemsWithFoldedPath(const QString &folded);
     QList<ZBItem *> itemsWithFoldedURL(const QString &folded);
 
-    // Moves on with every change to any record or membership (generation())
-    // or to a track's own values (itemGeneration()); values are unique across
-    // contexts and opens, so a result kept under one is never mistaken for
-    // another library's.
+    // Moves on with every change to any record or membership; values are
+    // unique across contexts and opens, so a result kept under one is never
+    // mistaken for another library's.
     quint64 generation() const { return m_generation; }
-    quint64 itemGeneration() const { return m_itemGeneration; }
+    // The last change that can alter what a filter or a sort reading the
+    // track values in `valueBits` (ZBItem::ValueBit) gives: one of those
+    // values changed, a track was added, or (withRemovals) one was deleted.
+    quint64 itemGeneration(quint32 valueBits, bool withRemovals) const;
 
     // Each track's place in the collation of one text key, by ZBItem::serial(),
     // for ZBTrackSorter; kept here so that it goes away with the library.
@@ -94,7 +96,7 @@ public:
     QString lastError() const { return m_lastError; }
 
     // Called by the records' setters.
-    void objectDidChange(ZBManagedObject *object);
+    void objectDidChange(ZBManagedObject *object, quint32 valueBits = ~0u);
     // The lookup indexes follow a track whose UUID, path or URL changes.
     void itemKeyWillChange(ZBItem *item, const QString &key, const QString &oldValue, const QString &newValue);
 
@@ -106,7 +108,7 @@ private:
     template <typename T>
     T *adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId);
     void rebuildIndexes();
-    void changed(bool itemValues);
+    void changed(quint32 valueBits, bool added, bool removed);
     ZBFoldedIndex *indexForKey(const QString &key);
     bool writeChanges();
     bool writeItem(ZBItem *item);
@@ -130,7 +132,9 @@ private:
     ZBFoldedIndex m_byURL{2, &ZBItem::m_URL};
     bool m_indexesStale = false;
     quint64 m_generation = 0;
-    quint64 m_itemGeneration = 0;
+    std::array<quint64, ZBItem::ValueBitCount> m_valueGeneration{};
+    quint64 m_additionGeneration = 0;
+    quint64 m_removalGeneration = 0;
     quint32 m_nextSerial = 0;
     QHash<QString, SortRanks> m_sortRanks;
 

@@ -93,7 +93,8 @@ const std::vector<quint32> *textRanks(ZBObjectContext &context, const QString &k
     const QCollator collator = tableCollator();
     const QString locale = collator.locale().name();
     ZBObjectContext::SortRanks &cache = context.sortRanks(key);
-    if (cache.generation == context.itemGeneration() && cache.locale == locale)
+    const quint64 generation = context.itemGeneration(ZBItem::valueBit(key), false);
+    if (cache.generation == generation && cache.locale == locale)
         return &cache.bySerial;
 
     std::vector<std::pair<QCollatorSortKey, quint32>> keys;
@@ -112,7 +113,7 @@ const std::vector<quint32> *textRanks(ZBObjectContext &context, const QString &k
             ++rank;
         cache.bySerial[keys[i].second] = rank;
     }
-    cache.generation = context.itemGeneration();
+    cache.generation = generation;
     cache.locale = locale;
     return &cache.bySerial;
 }
@@ -213,7 +214,8 @@ std::optional<ZBItemList> ZBTrackSorter::fastSort(const ZBItemList &tracks, cons
 const std::vector<quint32> *ZBTrackSorter::valueRanks(ZBObjectContext &context, const QString &key)
 {
     ZBObjectContext::SortRanks &cache = context.sortRanks(key);
-    if (cache.generation == context.itemGeneration() && !cache.bySerial.empty())
+    const quint64 generation = context.itemGeneration(ZBItem::valueBit(key), false);
+    if (cache.generation == generation && !cache.bySerial.empty())
         return &cache.bySerial;
 
     // Absent first, then present values in order: 0, then 1 + (value - min).
@@ -251,7 +253,7 @@ const std::vector<quint32> *ZBTrackSorter::valueRanks(ZBObjectContext &context, 
             ++rank;
         cache.bySerial[keyed[i].item->serial()] = rank;
     }
-    cache.generation = context.itemGeneration();
+    cache.generation = generation;
     cache.locale.clear();
     return &cache.bySerial;
 }
