@@ -142,7 +142,7 @@ int main(int argc, char *argv[])
     clock.start();
     std::atomic<qint64> drawnAt{-1};
     MainWndController controller;
-    if (!controller.start())
+    if (!controller.start() || !controller.waitForLibrary())
         return 1;
     ZBPlaybackController *playback = controller.playback();
     int loads = 0;

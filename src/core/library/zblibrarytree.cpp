@@ -35,9 +35,15 @@ ZBNode *ZBLibraryTree::rootItem(int index)
     std::unique_ptr<ZBNode> &root = m_roots[size_t(index)];
     if (!root)
         root = std::make_unique<ZBNode>(QString(), nullptr, RootNames.at(index), ZBNode::Heading);
-    if (!root->childrenBuilt())
+    if (m_libraryOpen && !root->childrenBuilt())
         buildChildren(root.get());
     return root.get();
+}
+
+void ZBLibraryTree::setLibraryOpen(bool open)
+{
+    m_libraryOpen = open;
+    rootItemReload();
 }
 
 void ZBLibraryTree::rootItemReload()
@@ -213,6 +219,8 @@ bool ZBLibraryTree::removeList(const QString &playlistUUID)
 
 ZBItemList ZBLibraryTree::tracksForList(const QString &playlistUUID, const QString &sortKey, bool ascend) const
 {
+    if (!m_libraryOpen)
+        return {};
     const ZBPlaylist *playlist = m_library.getPlaylistsFromLibraryByUUID(playlistUUID);
     if (!playlist)
         return {};

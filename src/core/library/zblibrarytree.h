@@ -38,6 +38,10 @@ public:
     // Forgets the headings and their lists: the next rootItem() reads the
     // store afresh. Nodes handed out before are gone.
     void rootItemReload();
+    // While the store is still being read (on another thread), the headings
+    // stand alone and nothing asks the library for lists or tracks.
+    void setLibraryOpen(bool open);
+    bool isLibraryOpen() const { return m_libraryOpen; }
     // The list node showing `playlistUUID`, or null.
     ZBNode *nodeForPlaylist(const QString &playlistUUID);
     ZBNode *nodeNamed(const QString &name);
@@ -80,4 +84,5 @@ private:
 
     ZBLibraryController &m_library;
     std::array<std::unique_ptr<ZBNode>, RootCount> m_roots;
+    bool m_libraryOpen = true;
 };

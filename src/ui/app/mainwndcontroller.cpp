@@ -86,6 +86,8 @@ MainWndController::~MainWndController()
 {
     // The library pane talks to the playback controller, and the controller
     // stops the engines it drives: each must go before what it uses.
+    if (m_libraryLoader.joinable())
+        m_libraryLoader.join();
     qApp->removeEventFilter(this);
     m_validator.reset();
     m_hud.reset();
@@ -101,9 +103,14 @@ bool MainWndController::start()
         const std::unique_ptr<QSettings> store = ZBSettings::openStore();
         m_settings->loadUserDefaults(*store);
     }
-    if (!openLibrary())
+    if (ZBLibraryController::applicationSupportFolder().isEmpty())
+    {
+        QMessageBox box(QMessageBox::Critical, QStringLiteral("Alert"),
+                        QStringLiteral("Can't find application support folder"));
+        box.addButton(QStringLiteral("Quit"), QMessageBox::AcceptRole);
+        box.exec();
         return false;
-    m_library->initLibrary();
+    }
 
     buildPlayerWindow();
     buildMainMenu();
@@ -126,11 +133,68 @@ bool MainWndController::start()
     // A window that is never painted (started minimised, no compositor
     // showing it) must still offer the desktop's controls.
     QTimer::singleShot(DeferredFallbackMs, this, &MainWndController::startDeferred);
+    // A large library takes a second or more to read; the window does not
+    // wait for it.
+    startLibraryLoad();
     m_window->show();
     m_windowModes->modes().setOnTopMode();
     displayModeChanged();
     m_validator->validateAll();
     return true;
+}
+
+void MainWndController::startLibraryLoad()
+{
+    m_pane->setLibraryOpen(false);
+    m_libraryLoader = std::thread([this]() {
+        m_libraryOpenResult = m_library->openStore();
+        if (m_libraryOpenResult.ok)
+            m_library->initLibrary();
+        QMetaObject::invokeMethod(this, &MainWndController::libraryLoaded, Qt::QueuedConnection);
+    });
+}
+
+bool MainWndController::waitForLibrary()
+{
+    libraryLoaded();
+    return m_libraryReady;
+}
+
+void MainWndController::libraryLoaded()
+{
+    if (m_libraryLoader.joinable())
+        m_libraryLoader.join();
+    if (m_libraryReady || m_libraryFailed)
+        return;
+    const ZBObjectContext::OpenResult &opened = m_libraryOpenResult;
+    if (!opened.ok)
+    {
+        m_libraryFailed = true;
+        QMessageBox::critical(m_window.get(), ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
+                              ZBLocalizer::localizedStringForKey(QStringLiteral("alertLibraryCannotOpenMessage"))
+                                  + QStringLiteral("\n\n") + opened.error);
+        QCoreApplication::exit(1);
+        return;
+    }
+    if (opened.recoveredFromDamage)
+    {
+        QMessageBox::warning(m_window.get(), ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
+                             ZBLocalizer::localizedStringForKey(QStringLiteral("alertLibraryDamagedMessage"))
+                                 .arg(opened.quarantinedPath, opened.error));
+    }
+    m_libraryReady = true;
+    m_pane->setLibraryOpen(true);
+    m_validator->validateAll();
+    for (const std::function<void()> &call : std::exchange(m_whenLibraryReady, {}))
+        call();
+}
+
+void MainWndController::whenLibraryReady(std::function<void()> call)
+{
+    if (m_libraryReady)
+        call();
+    else if (!m_libraryFailed)
+        m_whenLibraryReady.append(std::move(call));
 }
 
 void MainWndController::startDeferred()
@@ -374,6 +438,8 @@ void MainWndController::openFiles(const QStringList &paths)
 
 void MainWndController::importPlaylistFile(const QString &path)
 {
+    if (!m_libraryReady)
+        return whenLibraryReady([this, path]() { importPlaylistFile(path); });
     const ZBPlaylistFile::ImportResult result = ZBPlaylistFile::importPlaylistFile(*m_library, path);
     if (!result.error.isEmpty())
         qWarning().noquote() << "Cannot import the playlist" << path << ":" << result.error;
@@ -468,7 +534,8 @@ void MainWndController::openURL(const QString &url)
     const QRegularExpressionMatch match = Scheme.match(url);
     m_lastURL = QUrl::fromPercentEncoding(url.mid(match.hasMatch() ? match.capturedLength() : 0).toUtf8());
     raiseWindow();
-    m_web->handleGetURLEvent(url);
+    // Pages add what they capture to the library.
+    whenLibraryReady([this, url]() { m_web->handleGetURLEvent(url); });
 }
 
 void MainWndController::raiseWindow()
@@ -553,6 +620,8 @@ void MainWndController::mediaKeyPressed(int keyCode)
 
 void MainWndController::importFiles(const QStringList &paths, const QString &playlistUUID, bool autoplay)
 {
+    if (!m_libraryReady)
+        return whenLibraryReady([=, this]() { importFiles(paths, playlistUUID, autoplay); });
     if (paths.isEmpty())
         return;
     if (!m_importer)
@@ -838,33 +907,6 @@ void MainWndController::saveAs()
         qWarning("Some errors");
 }
 
-bool MainWndController::openLibrary()
-{
-    if (ZBLibraryController::applicationSupportFolder().isEmpty())
-    {
-        QMessageBox box(QMessageBox::Critical, QStringLiteral("Alert"),
-                        QStringLiteral("Can't find application support folder"));
-        box.addButton(QStringLiteral("Quit"), QMessageBox::AcceptRole);
-        box.exec();
-        return false;
-    }
-    const ZBObjectContext::OpenResult opened = m_library->openStore();
-    if (!opened.ok)
-    {
-        QMessageBox::critical(nullptr, ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
-                              ZBLocalizer::localizedStringForKey(QStringLiteral("alertLibraryCannotOpenMessage"))
-                                  + QStringLiteral("\n\n") + opened.error);
-        return false;
-    }
-    if (opened.recoveredFromDamage)
-    {
-        QMessageBox::warning(nullptr, ZBLocalizer::localizedStringForKey(QStringLiteral("mainWindowTitle")),
-                             ZBLocalizer::localizedStringForKey(QStringLiteral("alertLibraryDamagedMessage"))
-                                 .arg(opened.quarantinedPath, opened.error));
-    }
-    return true;
-}
-
 void MainWndController::buildWindowModes()
 {
     m_windowModes = std::make_unique<ZBWindowModes>(m_window.get(), m_playerPanel, m_layout->playerPane(),
@@ -1024,6 +1066,12 @@ ZBCommandState MainWndController::commandState() const
     state.urlPaneCollapsed = m_layout->isCollapsed(ZBMainWindowLayout::UrlPane);
     state.treePaneCollapsed = m_layout->isCollapsed(ZBMainWindowLayout::TreePane);
     state.listPaneCollapsed = m_layout->isCollapsed(ZBMainWindowLayout::ListPane);
+    // Until the store is read every command waits, as behind a dialog.
+    if (!m_libraryReady)
+    {
+        state.modalWindowOpen = true;
+        return state;
+    }
     if (const ZBPlaylist *source = m_library->getPlaylistsFromLibraryByUUID(m_pane->selectedListUUID()))
     {
         state.sourceSelected = true;

@@ -3,8 +3,11 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
+#include <thread>
 
+#include "library/zbobjectcontext.h"
 #include "ui/app/zbmediakeytarget.h"
 
 class QMainWindow;
@@ -49,9 +52,14 @@ public:
     explicit MainWndController(QObject *parent = nullptr);
     ~MainWndController() override;
 
-    // Reads the settings, opens the stores and shows the window. False when
-    // the program cannot go on (the user has been told why).
+    // Reads the settings and shows the window; the library store is read on
+    // a thread of its own meanwhile, and its lists fill the window when it is
+    // ready. False when the program cannot go on (the user has been told why).
     bool start();
+    // Waits for the library store started by start(); false when it could
+    // not be opened (the user has been told, and the program is quitting).
+    bool waitForLibrary();
+    bool isLibraryReady() const { return m_libraryReady; }
     // Writes the settings back; called once as the application quits.
     void saveUserDefaults();
     // Files and folders handed to the program: added to the library, and the
@@ -132,7 +140,11 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    bool openLibrary();
+    void startLibraryLoad();
+    void libraryLoaded();
+    // Runs `call` now, or once the library is ready: anything that reads or
+    // writes the library waits for the store's read to finish.
+    void whenLibraryReady(std::function<void()> call);
     void buildMainMenu();
     void addToLibrary();
     void importPlaylist();
@@ -182,6 +194,12 @@ private:
 
     std::unique_ptr<ZBSettings> m_settings;
     std::unique_ptr<ZBLibraryController> m_library;
+    // Nothing on this thread touches m_library while the loader runs.
+    std::thread m_libraryLoader;
+    ZBObjectContext::OpenResult m_libraryOpenResult;
+    bool m_libraryReady = false;
+    bool m_libraryFailed = false;
+    QList<std::function<void()>> m_whenLibraryReady;
     std::unique_ptr<QMainWindow> m_window;
     std::unique_ptr<ZBPlaybackDialogs> m_dialogs;
     std::unique_ptr<ZBMpvEngine> m_videoEngine;

@@ -312,6 +312,22 @@ void ZBLibraryPane::reloadNode()
     m_treeModel->reloadLastDownloadsCounters();
 }
 
+void ZBLibraryPane::setLibraryOpen(bool open)
+{
+    m_treeModel->setLibraryOpen(open);
+    m_selectedListUUID.clear();
+    expandHeadings();
+    if (!open)
+    {
+        m_currentList.clear();
+        m_searchList.clear();
+        showTracks(m_currentList);
+        return;
+    }
+    m_treeModel->reloadLastDownloadsCounters();
+    selectList(m_library.allTracksUUID());
+}
+
 void ZBLibraryPane::reloadTree()
 {
     const QString selected = m_selectedListUUID;

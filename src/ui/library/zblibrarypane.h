@@ -55,6 +55,9 @@ public:
     // removals, edits).
     void reloadNode();
     void reloadTree();
+    // Closed while the store is read on another thread: the source list
+    // shows its headings and the table nothing. Opening selects All Tracks.
+    void setLibraryOpen(bool open);
 
     QString addPlaylistWithItems(const ZBItemList &tracks);
     void createPlaylistFromSelection();

@@ -19,10 +19,19 @@ ZBLibraryTreeModel::ZBLibraryTreeModel(ZBLibraryController &library, QObject *pa
 
 void ZBLibraryTreeModel::reloadTree()
 {
+    if (!m_tree.isLibraryOpen())
+        return;
     beginResetModel();
     m_library.save();
     m_tree.rootItemReload();
     m_tree.reloadLastDownloadsCounters();
+    endResetModel();
+}
+
+void ZBLibraryTreeModel::setLibraryOpen(bool open)
+{
+    beginResetModel();
+    m_tree.setLibraryOpen(open);
     endResetModel();
 }
 

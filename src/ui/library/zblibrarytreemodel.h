@@ -35,6 +35,8 @@ public:
     // Saves the store and reads the tree again from it.
     void reloadTree();
     void reloadLastDownloadsCounters();
+    // Headings only until the store is read (see ZBLibraryTree).
+    void setLibraryOpen(bool open);
 
     ZBNode *nodeAt(const QModelIndex &index) const;
     QModelIndex indexForPlaylist(const QString &playlistUUID);

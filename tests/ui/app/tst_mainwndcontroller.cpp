@@ -41,6 +41,7 @@ private Q_SLOTS:
         ZBSettings::openStore()->remove(QStringLiteral("showTutorial"));
         MainWndController controller;
         QVERIFY(controller.start());
+        QVERIFY(controller.waitForLibrary());
         QVERIFY(controller.window()->isVisible());
         QCOMPARE(controller.trackModel()->rowCount(), 0);
 
@@ -72,6 +73,7 @@ private Q_SLOTS:
     {
         MainWndController controller;
         QVERIFY(controller.start());
+        QVERIFY(controller.waitForLibrary());
         auto *logo = controller.window()->findChild<ZBLogoView *>();
         QCOMPARE(logo->playerMode(), QStringLiteral("hide"));
         controller.showHideTutorial();
@@ -89,6 +91,7 @@ private Q_SLOTS:
         QVERIFY(!dropped.isEmpty() && !clip.isEmpty() && !other.isEmpty());
         MainWndController controller;
         QVERIFY(controller.start());
+        QVERIFY(controller.waitForLibrary());
         const int before = controller.trackModel()->rowCount();
 
         // A list on show that does not hold the file gives way to All Tracks.
@@ -111,6 +114,34 @@ private Q_SLOTS:
         QVERIFY(controller.window()->windowTitle().contains(controller.playback()->playingItem()->Name()));
     }
 
+    // The window shows while the store is read; what arrives meanwhile (a
+    // second start's files, a command) waits for it and is not lost.
+    void filesHandedOverWhileTheLibraryOpensWaitForIt()
+    {
+        if (!nvktest::MediaFactory::isAvailable())
+            QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
+        const QString clip = nvktest::MediaFactory::clip(QStringLiteral("mov"));
+        QVERIFY(!clip.isEmpty());
+        MainWndController controller;
+        QVERIFY(controller.start());
+        // The read ends through the event loop, which has not run yet.
+        QVERIFY(!controller.isLibraryReady());
+        QVERIFY(controller.window()->isVisible());
+        const auto enabled = [&controller](const QString &title) {
+            for (const QAction *action : controller.window()->menuBar()->findChildren<QAction *>())
+                if (action->text() == title)
+                    return action->isEnabled();
+            return false;
+        };
+        QVERIFY(!enabled(QStringLiteral("New Playlist")));
+        controller.openArguments({clip});
+        QTRY_VERIFY_WITH_TIMEOUT(controller.isLibraryReady(), 10000);
+        QVERIFY(enabled(QStringLiteral("New Playlist")));
+        QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->playingItem(), 10000);
+        QCOMPARE(controller.playback()->playingItem()->Path(), clip);
+        QVERIFY(controller.trackModel()->rowOf(controller.playback()->playingItem()) >= 0);
+    }
+
     void mediaKeysAndPlaylistFiles()
     {
         if (!nvktest::MediaFactory::isAvailable())
@@ -122,6 +153,7 @@ private Q_SLOTS:
 
         MainWndController controller;
         QVERIFY(controller.start());
+        QVERIFY(controller.waitForLibrary());
         controller.openFiles({first, second});
         QTRY_VERIFY_WITH_TIMEOUT(controller.playback()->isPlaying(), 10000);
         ZBItem *playing = controller.playback()->playingItem();

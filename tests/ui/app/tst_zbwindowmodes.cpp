@@ -58,6 +58,7 @@ private Q_SLOTS:
 
         MainWndController controller;
         QVERIFY(controller.start());
+        QVERIFY(controller.waitForLibrary());
         controller.openFiles({path});
         ZBPlaybackController *playback = controller.playback();
         QTRY_VERIFY_WITH_TIMEOUT(playback->isPlaying(), 20000);
