@@ -88,6 +88,14 @@ QString ZBLibraryController::applicationSupportFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
+std::vector<std::unique_ptr<ZBPlaylist>> ZBLibraryController::peekPlaylists(const QString &folder)
+{
+    const QString dir = folder.isEmpty() ? applicationSupportFolder() : folder;
+    if (dir.isEmpty())
+        return {};
+    return ZBObjectContext::readPlaylists(QDir(dir).filePath(LibraryFileName));
+}
+
 ZBObjectContext::OpenResult ZBLibraryController::openStore(const QString &folder)
 {
     m_predicates.clear();

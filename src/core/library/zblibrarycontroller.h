@@ -32,6 +32,9 @@ public:
     // the result says so, and the caller must tell the user.
     ZBObjectContext::OpenResult openStore(const QString &folder = QString());
     ZBObjectContext *managedObjectContext() { return &m_context; }
+    // The playlists alone, read quickly from the store openStore() would open
+    // (see ZBObjectContext::readPlaylists()).
+    static std::vector<std::unique_ptr<ZBPlaylist>> peekPlaylists(const QString &folder = QString());
     bool save();
 
     // Standard lists.

@@ -1,6 +1,7 @@
 #include "library/zblibrarytree.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "library/zblibrarycontroller.h"
 #include "library/zbplaylist.h"
@@ -35,14 +36,15 @@ ZBNode *ZBLibraryTree::rootItem(int index)
     std::unique_ptr<ZBNode> &root = m_roots[size_t(index)];
     if (!root)
         root = std::make_unique<ZBNode>(QString(), nullptr, RootNames.at(index), ZBNode::Heading);
-    if (m_libraryOpen && !root->childrenBuilt())
+    if (!root->childrenBuilt())
         buildChildren(root.get());
     return root.get();
 }
 
-void ZBLibraryTree::setLibraryOpen(bool open)
+void ZBLibraryTree::setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview)
 {
     m_libraryOpen = open;
+    m_preview = open ? std::vector<std::unique_ptr<ZBPlaylist>>() : std::move(preview);
     rootItemReload();
 }
 
@@ -55,7 +57,11 @@ void ZBLibraryTree::rootItemReload()
 void ZBLibraryTree::buildChildren(ZBNode *heading)
 {
     QList<ZBPlaylist *> lists;
-    const QList<ZBPlaylist *> all = m_library.managedObjectContext()->playlists();
+    QList<ZBPlaylist *> all;
+    if (m_libraryOpen)
+        all = m_library.managedObjectContext()->playlists();
+    else
+        std::transform(m_preview.begin(), m_preview.end(), std::back_inserter(all), [](const auto &p) { return p.get(); });
     const int index = RootNames.indexOf(heading->Name());
     for (ZBPlaylist *playlist : all)
     {
@@ -114,6 +120,15 @@ ZBPlaylist *ZBLibraryTree::playlistOf(const ZBNode *node) const
 {
     if (!node || node->isHeading())
         return nullptr;
+    if (!m_libraryOpen)
+    {
+        for (const std::unique_ptr<ZBPlaylist> &playlist : m_preview)
+        {
+            if (playlist->PlaylistUUID() == node->playlistUUID())
+                return playlist.get();
+        }
+        return nullptr;
+    }
     return m_library.getPlaylistsFromLibraryByUUID(node->playlistUUID());
 }
 
@@ -190,6 +205,8 @@ bool ZBLibraryTree::editSmartList(const QString &playlistUUID, const QString &na
 
 bool ZBLibraryTree::renameList(const QString &playlistUUID, const QString &newName)
 {
+    if (!m_libraryOpen)
+        return false;
     ZBPlaylist *playlist = m_library.getPlaylistsFromLibraryByUUID(playlistUUID);
     if (!playlist || playlist->Group().compare(GroupUser, Qt::CaseInsensitive) != 0 || newName.isEmpty())
         return false;
@@ -232,6 +249,8 @@ ZBItemList ZBLibraryTree::tracksForList(const QString &playlistUUID, const QStri
 
 void ZBLibraryTree::reloadLastDownloadsCounters()
 {
+    if (!m_libraryOpen)
+        return;
     ZBNode *downloads = rootItem(DownloadsRoot);
     for (int c = 0; c < downloads->numberOfChildren(); ++c)
     {

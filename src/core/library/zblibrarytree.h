@@ -38,9 +38,10 @@ public:
     // Forgets the headings and their lists: the next rootItem() reads the
     // store afresh. Nodes handed out before are gone.
     void rootItemReload();
-    // While the store is still being read (on another thread), the headings
-    // stand alone and nothing asks the library for lists or tracks.
-    void setLibraryOpen(bool open);
+    // While the store is still being read (on another thread) nothing asks
+    // the library for lists or tracks: the headings show `preview` (see
+    // ZBLibraryController::peekPlaylists()), or stand alone.
+    void setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview = {});
     bool isLibraryOpen() const { return m_libraryOpen; }
     // The list node showing `playlistUUID`, or null.
     ZBNode *nodeForPlaylist(const QString &playlistUUID);
@@ -85,4 +86,5 @@ private:
     ZBLibraryController &m_library;
     std::array<std::unique_ptr<ZBNode>, RootCount> m_roots;
     bool m_libraryOpen = true;
+    std::vector<std::unique_ptr<ZBPlaylist>> m_preview;
 };

@@ -86,6 +86,9 @@ QDateTime readDate(const ZBSqliteStatement *stmt, int column)
 }
 
 
+const char *const PlaylistsSql = "SELECT Z_PK, PlaylistUUID, Name, isSmart, Request, \"Group\", SortField, Ascend, "
+                                 "SortOrder, InternalItemsOrder FROM ZBPlaylist";
+
 quint64 nextGeneration()
 {
     static std::atomic<quint64> last{0};
@@ -127,6 +130,36 @@ void ZBManagedObject::didChange(quint32 valueBits)
 ZBObjectContext::ZBObjectContext() = default;
 
 ZBObjectContext::~ZBObjectContext() = default;
+
+std::unique_ptr<ZBPlaylist> ZBObjectContext::readPlaylist(const ZBSqliteStatement *stmt)
+{
+    auto playlist = std::make_unique<ZBPlaylist>();
+    playlist->m_PlaylistUUID = stmt->text(1);
+    playlist->m_Name = stmt->text(2);
+    playlist->m_isSmart = stmt->int64(3) != 0;
+    playlist->m_Request = stmt->text(4);
+    playlist->m_Group = stmt->text(5);
+    playlist->m_SortField = stmt->text(6);
+    playlist->m_Ascend = readBool(stmt, 7);
+    playlist->m_SortOrder = readInt(stmt, 8);
+    playlist->m_InternalItemsOrder = stmt->blob(9);
+    return playlist;
+}
+
+std::vector<std::unique_ptr<ZBPlaylist>> ZBObjectContext::readPlaylists(const QString &filePath)
+{
+    std::vector<std::unique_ptr<ZBPlaylist>> playlists;
+    ZBSqliteDatabase db;
+    if (!QFileInfo::exists(filePath) || !db.openForReading(filePath))
+        return playlists;
+    ZBSqliteStatement *stmt = db.statement(PlaylistsSql);
+    while (stmt && stmt->step())
+        playlists.push_back(readPlaylist(stmt));
+    // Half a list is worse than none: the full read tells what went wrong.
+    if (!stmt || !stmt->ok())
+        playlists.clear();
+    return playlists;
+}
 
 ZBObjectContext::OpenResult ZBObjectContext::open(const QString &filePath)
 {
@@ -291,23 +324,12 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
     m_items.squeeze();
 
     QHash<qint64, ZBPlaylist *> playlistsById;
-    stmt = db.statement("SELECT Z_PK, PlaylistUUID, Name, isSmart, Request, \"Group\", SortField, Ascend, SortOrder, "
-                        "InternalItemsOrder FROM ZBPlaylist");
+    stmt = db.statement(PlaylistsSql);
     if (!stmt)
         return fail();
     while (stmt->step())
     {
-        auto playlist = std::make_unique<ZBPlaylist>();
-        playlist->m_PlaylistUUID = stmt->text(1);
-        playlist->m_Name = stmt->text(2);
-        playlist->m_isSmart = stmt->int64(3) != 0;
-        playlist->m_Request = stmt->text(4);
-        playlist->m_Group = stmt->text(5);
-        playlist->m_SortField = stmt->text(6);
-        playlist->m_Ascend = readBool(stmt, 7);
-        playlist->m_SortOrder = readInt(stmt, 8);
-        playlist->m_InternalItemsOrder = stmt->blob(9);
-        ZBPlaylist *raw = adopt(std::move(playlist), m_playlists, stmt->int64(0));
+        ZBPlaylist *raw = adopt(readPlaylist(stmt), m_playlists, stmt->int64(0));
         playlistsById.insert(raw->rowId(), raw);
     }
     if (!stmt->ok())

@@ -91,6 +91,11 @@ public:
     SortRanks &sortRanks(const QString &key) { return m_sortRanks[key]; }
     quint32 serialCount() const { return m_nextSerial; }
 
+    // The playlists of the store at `filePath`, read on their own and
+    // belonging to no context: what the source list shows while the whole
+    // store is still being read. Empty when the file is missing or unreadable.
+    static std::vector<std::unique_ptr<ZBPlaylist>> readPlaylists(const QString &filePath);
+
     bool hasChanges() const;
     bool save();
     QString lastError() const { return m_lastError; }
@@ -101,6 +106,7 @@ public:
     void itemKeyWillChange(ZBItem *item, const QString &key, const QString &oldValue, const QString &newValue);
 
 private:
+    static std::unique_ptr<ZBPlaylist> readPlaylist(const ZBSqliteStatement *stmt);
     bool prepare(ZBSqliteDatabase &db);
     bool createSchema(ZBSqliteDatabase &db);
     bool load(ZBSqliteDatabase &db);

@@ -61,6 +61,22 @@ bool ZBSqliteDatabase::openFile()
            && exec(QStringLiteral("PRAGMA foreign_keys=ON"));
 }
 
+bool ZBSqliteDatabase::openForReading(const QString &path)
+{
+    close();
+    m_path = path;
+    const QByteArray nativePath = QFile::encodeName(path);
+    const int rc = sqlite3_open_v2(nativePath.constData(), &m_db, SQLITE_OPEN_READONLY, nullptr);
+    if (rc != SQLITE_OK)
+    {
+        noteResult(rc);
+        close();
+        return false;
+    }
+    sqlite3_busy_timeout(m_db, 200);
+    return true;
+}
+
 ZBSqliteDatabase::OpenStatus ZBSqliteDatabase::openImpl(const QString &path, const PrepareFn &prepare)
 {
     close();

@@ -42,6 +42,9 @@ public:
         return openImpl(path, [&prepare](ZBSqliteDatabase &db) { return prepare(db); });
     }
 
+    // An existing file, for a quick look only: never created, never moved
+    // aside, no journal set up. False when it is missing or unreadable.
+    bool openForReading(const QString &path);
     void close();
     bool isOpen() const { return m_db != nullptr; }
     QString path() const { return m_path; }

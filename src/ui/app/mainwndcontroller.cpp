@@ -145,7 +145,8 @@ bool MainWndController::start()
 
 void MainWndController::startLibraryLoad()
 {
-    m_pane->setLibraryOpen(false);
+    // The lists alone read in a moment; the source list shows them at once.
+    m_pane->setLibraryOpen(false, ZBLibraryController::peekPlaylists());
     m_libraryLoader = std::thread([this]() {
         m_libraryOpenResult = m_library->openStore();
         if (m_libraryOpenResult.ok)
@@ -956,6 +957,8 @@ int MainWndController::mode() const
 
 void MainWndController::selectedListChanged(const QString &playlistUUID)
 {
+    if (!m_libraryReady)
+        return;
     const ZBPlaylist *playlist = m_library->getPlaylistsFromLibraryByUUID(playlistUUID);
     const bool browsing = playlist && playlist->Name() == u"NowBrowsing";
     const int before = mode();

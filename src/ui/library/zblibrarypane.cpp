@@ -312,10 +312,10 @@ void ZBLibraryPane::reloadNode()
     m_treeModel->reloadLastDownloadsCounters();
 }
 
-void ZBLibraryPane::setLibraryOpen(bool open)
+void ZBLibraryPane::setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview)
 {
-    m_treeModel->setLibraryOpen(open);
-    m_selectedListUUID.clear();
+    const QString selected = std::exchange(m_selectedListUUID, QString());
+    m_treeModel->setLibraryOpen(open, std::move(preview));
     expandHeadings();
     if (!open)
     {
@@ -325,7 +325,7 @@ void ZBLibraryPane::setLibraryOpen(bool open)
         return;
     }
     m_treeModel->reloadLastDownloadsCounters();
-    selectList(m_library.allTracksUUID());
+    selectList(selected.isEmpty() ? m_library.allTracksUUID() : selected);
 }
 
 void ZBLibraryPane::reloadTree()

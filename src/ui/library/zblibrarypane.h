@@ -56,8 +56,9 @@ public:
     void reloadNode();
     void reloadTree();
     // Closed while the store is read on another thread: the source list
-    // shows its headings and the table nothing. Opening selects All Tracks.
-    void setLibraryOpen(bool open);
+    // shows the lists of `preview` and the table nothing. Opening shows the
+    // list selected meanwhile, or All Tracks.
+    void setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview = {});
 
     QString addPlaylistWithItems(const ZBItemList &tracks);
     void createPlaylistFromSelection();

@@ -28,10 +28,10 @@ void ZBLibraryTreeModel::reloadTree()
     endResetModel();
 }
 
-void ZBLibraryTreeModel::setLibraryOpen(bool open)
+void ZBLibraryTreeModel::setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview)
 {
     beginResetModel();
-    m_tree.setLibraryOpen(open);
+    m_tree.setLibraryOpen(open, std::move(preview));
     endResetModel();
 }
 

@@ -35,8 +35,8 @@ public:
     // Saves the store and reads the tree again from it.
     void reloadTree();
     void reloadLastDownloadsCounters();
-    // Headings only until the store is read (see ZBLibraryTree).
-    void setLibraryOpen(bool open);
+    // The lists of `preview` only until the store is read (see ZBLibraryTree).
+    void setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview = {});
 
     ZBNode *nodeAt(const QModelIndex &index) const;
     QModelIndex indexForPlaylist(const QString &playlistUUID);

@@ -1,7 +1,10 @@
+#include <QDir>
+#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
 #include "library/zblibrarycontroller.h"
+#include "library/zbplaylist.h"
 #include "predicate/zbpredicate.h"
 #include "support/testsupport.h"
 #include "util/zbadditionalmethods.h"
@@ -42,6 +45,7 @@ private Q_SLOTS:
     void resourcesOfAnItem();
     void filtering();
     void changesSurviveReopening();
+    void playlistsArePeekedWithoutTouchingTheStore();
 
 private:
     std::unique_ptr<nvktest::DataDir> m_dir;
@@ -350,6 +354,32 @@ void TestZBLibraryController::changesSurviveReopening()
     QVERIFY(item->setUntypedValueByName("Rating", 2));
     QVERIFY(!item->setUntypedValueByName("NoSuchKey", 2));
     QCOMPARE(item->getUntypedValueByName("Rating").toInt(), 2);
+}
+
+// What the source list shows while the store is read: the lists as saved, or
+// nothing when the file is missing or not a store, which stays as it was.
+void TestZBLibraryController::playlistsArePeekedWithoutTouchingTheStore()
+{
+    m_library->addPlaylistToLibraryByName("Mine", "Name", true, 200);
+    QVERIFY(m_library->save());
+    QStringList peeked;
+    for (const auto &playlist : ZBLibraryController::peekPlaylists(m_dir->path()))
+        peeked << playlist->Name();
+    QStringList stored;
+    for (const ZBPlaylist *playlist : m_library->managedObjectContext()->playlists())
+        stored << playlist->Name();
+    QCOMPARE(peeked, stored);
+    QVERIFY(peeked.contains("Mine"));
+
+    nvktest::DataDir other;
+    QVERIFY(ZBLibraryController::peekPlaylists(other.path()).empty());
+    QFile garbage(QDir(other.path()).filePath(ZBLibraryController::LibraryFileName));
+    QVERIFY(garbage.open(QIODevice::WriteOnly));
+    garbage.write(QByteArray(4096, 'x'));
+    garbage.close();
+    QVERIFY(ZBLibraryController::peekPlaylists(other.path()).empty());
+    QCOMPARE(QDir(other.path()).entryList(QDir::Files), QStringList{ZBLibraryController::LibraryFileName});
+    QCOMPARE(QFileInfo(garbage).size(), 4096);
 }
 
 QTEST_GUILESS_MAIN(TestZBLibraryController)

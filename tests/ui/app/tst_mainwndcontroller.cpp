@@ -16,6 +16,7 @@
 #include "support/mediafactory.h"
 #include "ui/app/mainwndcontroller.h"
 #include "ui/library/zblibrarypane.h"
+#include "ui/library/zblibrarytreemodel.h"
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/playback/zblogoview.h"
 #include "ui/playback/zbplaybackcontroller.h"
@@ -122,11 +123,26 @@ private Q_SLOTS:
             QSKIP(qPrintable(nvktest::MediaFactory::unavailableReason()));
         const QString clip = nvktest::MediaFactory::clip(QStringLiteral("mov"));
         QVERIFY(!clip.isEmpty());
+        {
+            ZBLibraryController before;
+            QVERIFY(before.openStore().ok);
+            before.initLibrary();
+            before.addPlaylistToLibraryByName(QStringLiteral("Saved list"), QStringLiteral("Name"), true, 200);
+            QVERIFY(before.save());
+        }
         MainWndController controller;
         QVERIFY(controller.start());
-        // The read ends through the event loop, which has not run yet.
+        // The read ends through the event loop, which has not run yet; the
+        // source list already shows the saved lists.
         QVERIFY(!controller.isLibraryReady());
         QVERIFY(controller.window()->isVisible());
+        ZBLibraryTreeModel *tree = controller.libraryPane()->treeModel();
+        QString saved;
+        for (const auto &playlist : ZBLibraryController::peekPlaylists())
+            if (playlist->Name() == u"Saved list")
+                saved = playlist->PlaylistUUID();
+        QVERIFY(tree->indexForPlaylist(saved).isValid());
+        QVERIFY(!tree->indexForPlaylist(QStringLiteral("no such list")).isValid());
         const auto enabled = [&controller](const QString &title) {
             for (const QAction *action : controller.window()->menuBar()->findChildren<QAction *>())
                 if (action->text() == title)
