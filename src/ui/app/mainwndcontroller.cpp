@@ -134,8 +134,9 @@ bool MainWndController::start()
     // showing it) must still offer the desktop's controls.
     QTimer::singleShot(DeferredFallbackMs, this, &MainWndController::startDeferred);
     // A large library takes a second or more to read; the window does not
-    // wait for it.
-    startLibraryLoad();
+    // wait for it. The lists alone read in a moment, so the source list
+    // shows them in the first frame; the rest is read once that is painted.
+    m_pane->setLibraryOpen(false, ZBLibraryController::peekPlaylists());
     m_window->show();
     m_windowModes->modes().setOnTopMode();
     displayModeChanged();
@@ -145,8 +146,9 @@ bool MainWndController::start()
 
 void MainWndController::startLibraryLoad()
 {
-    // The lists alone read in a moment; the source list shows them at once.
-    m_pane->setLibraryOpen(false, ZBLibraryController::peekPlaylists());
+    if (m_libraryLoadStarted)
+        return;
+    m_libraryLoadStarted = true;
     m_libraryLoader = std::thread([this]() {
         m_libraryOpenResult = m_library->openStore();
         if (m_libraryOpenResult.ok)
@@ -157,6 +159,7 @@ void MainWndController::startLibraryLoad()
 
 bool MainWndController::waitForLibrary()
 {
+    startLibraryLoad();
     libraryLoaded();
     return m_libraryReady;
 }
@@ -203,6 +206,7 @@ void MainWndController::startDeferred()
     if (m_deferredStarted)
         return;
     m_deferredStarted = true;
+    startLibraryLoad();
     startMpris();
     ensureVideoEngines();
     // The Flash engine is made and compiled in the background a moment

@@ -197,6 +197,7 @@ private:
     // Nothing on this thread touches m_library while the loader runs.
     std::thread m_libraryLoader;
     ZBObjectContext::OpenResult m_libraryOpenResult;
+    bool m_libraryLoadStarted = false;
     bool m_libraryReady = false;
     bool m_libraryFailed = false;
     QList<std::function<void()>> m_whenLibraryReady;
