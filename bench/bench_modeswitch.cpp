@@ -172,7 +172,7 @@ int main(int argc, char *argv[])
     controller.openFiles({movie});
     if (!waitUntil([playback] { return playback->isPlaying() && playback->currentUsedView() == 0; }, 30000))
         return 1;
-    ZBFlashView *flash = playback->flashView();
+    auto *flash = qobject_cast<ZBFlashView *>(playback->flashView()->widget());
     // The web view draws through a Qt Quick scene inside it; its frames are
     // the picture's.
     auto *scene = flash->findChild<QQuickWidget *>();

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QString>
 
+#include "app/zbmediamodule.h"
+
 // The versions of the libraries this build plays and recognises media with,
 // read from the libraries themselves at run time (what the user's system
 // really loaded, not what the program was compiled against). Shown in the
@@ -15,12 +17,7 @@ class ZBComponentVersions
 public:
     ZBComponentVersions() = delete;
 
-    struct Component
-    {
-        QString name;    // "libmpv", "FFmpeg", "Ruffle", "Qt", "Qt WebEngine"
-        QString version; // empty when the component is missing
-        QString detail;  // a second version worth knowing, e.g. "libavformat 59.27.100"; may be empty
-    };
+    using Component = ZBMediaComponent;
 
     // "2.0": the client API of the loaded libmpv.
     static QString mpvClientApiVersion();

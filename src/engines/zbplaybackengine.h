@@ -58,6 +58,9 @@ public:
     virtual double totalTime() const = 0;
     // Exact: a seek lands where asked, not at the previous key frame.
     virtual void seek(double position) = 0;
+    // True from seek() until the picture at the new position is decoded, for
+    // engines that tell (seekFinished()); others land at once.
+    virtual bool isSeeking() const { return false; }
 
     // 0..100; values outside are clamped.
     virtual void setVolume(int volume) = 0;
@@ -101,4 +104,6 @@ Q_SIGNALS:
     // The zoom the content is shown at changed: set, fitted or refitted to
     // a resized view.
     void zoomChanged(int percent);
+    // The last requested seek has landed and its frame is decoded.
+    void seekFinished();
 };

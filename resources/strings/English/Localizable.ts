@@ -676,6 +676,20 @@ The old history file was kept unchanged as:
 (%1)</translation>
     </message>
     <message>
+        <source>alertMediaModuleMissingTitle</source>
+        <translation>The media libraries cannot be loaded</translation>
+    </message>
+    <message>
+        <source>alertMediaModuleMissingMessage</source>
+        <translation>Web pages cannot be shown without them. Your library and downloads are unaffected.
+
+(%1)</translation>
+    </message>
+    <message>
+        <source>mediaModuleMissing</source>
+        <translation>The media libraries cannot be loaded, so this track cannot be played. It stays in your library. (%1)</translation>
+    </message>
+    <message>
         <source>silverlightUnsupported</source>
         <translation>Silverlight content cannot be played on Linux: no Silverlight engine exists for it. The track stays in your library.</translation>
     </message>

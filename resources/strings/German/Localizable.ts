@@ -676,6 +676,20 @@ Die alte Verlaufsdatei wurde unverändert aufbewahrt unter:
 (%1)</translation>
     </message>
     <message>
+        <source>alertMediaModuleMissingTitle</source>
+        <translation>Die Medienbibliotheken können nicht geladen werden</translation>
+    </message>
+    <message>
+        <source>alertMediaModuleMissingMessage</source>
+        <translation>Ohne sie können keine Webseiten angezeigt werden. Ihre Mediathek und Ihre Downloads bleiben unverändert.
+
+(%1)</translation>
+    </message>
+    <message>
+        <source>mediaModuleMissing</source>
+        <translation>Die Medienbibliotheken können nicht geladen werden, daher kann dieser Titel nicht abgespielt werden. Er bleibt in Ihrer Mediathek. (%1)</translation>
+    </message>
+    <message>
         <source>silverlightUnsupported</source>
         <translation>Silverlight-Inhalte können unter Linux nicht abgespielt werden: Dafür gibt es keine Silverlight-Engine. Der Titel bleibt in Ihrer Mediathek.</translation>
     </message>

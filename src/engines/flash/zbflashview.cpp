@@ -15,6 +15,7 @@
 
 #include <unistd.h>
 
+#include "app/zbmediamoduleloader.h"
 #include "engines/zbloggingwebpage.h"
 #include "engines/flash/zbflashbridge.h"
 #include "engines/flash/zbflashrequestguard.h"
@@ -67,13 +68,8 @@ QString directoryOf(const QUrl &url)
 
 void ZBFlashView::prepareApplication()
 {
-    // The web engine describes its GL set-up on every start; that is for
-    // whoever debugs it (QT_LOGGING_RULES still turns it back on).
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.info=false"));
+    ZBMediaModuleLoader::prepareApplication();
     ZBFlashSchemeHandler::registerScheme();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
-        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
 }
 
 ZBFlashView::ZBFlashView(QWidget *parent)

@@ -12,6 +12,8 @@
 #include <QUrl>
 #include <QWebEngineView>
 
+#include "engines/zbflashcontrols.h"
+
 class QWebChannel;
 class QWebEngineProfile;
 class ZBFlashBridge;
@@ -30,7 +32,7 @@ class ZBFlashSchemeHandler;
 // Frames are counted from 0. Movies are steered through callbacks that our
 // own code adds to them (see ZBFlashMoviePlan); the page's engine knows
 // nothing of frames by itself.
-class ZBFlashView : public QWebEngineView
+class ZBFlashView : public QWebEngineView, public ZBFlashControls
 {
     Q_OBJECT
 
@@ -50,15 +52,15 @@ public:
     static constexpr int LoadTimeoutMs = 15000;
 
     // What the web engine needs before the QApplication is constructed: our
-    // URL scheme, a GL context shared with the video view, and, for root,
-    // no Chromium sandbox (it refuses to run as root at all).
+    // URL scheme and what ZBMediaModuleLoader::prepareApplication() sets.
     static void prepareApplication();
 
     explicit ZBFlashView(QWidget *parent = nullptr);
     ~ZBFlashView() override;
 
     // Loads the page and compiles the engine ahead of the first movie.
-    void warmUp();
+    QWidget *widget() override { return this; }
+    void warmUp() override;
     bool isHostReady() const { return m_hostReady; }
     bool isWarm() const { return m_warm; }
 
@@ -92,30 +94,30 @@ public:
     double totalTime() const { return m_duration; }
     void gotoTime(double seconds);
 
-    void setZoomPercent(int percent);
+    void setZoomPercent(int percent) override;
     int zoomPercent() const { return int(std::lround(m_zoom)); }
     // Scales the movie to fill the view with its proportions kept.
-    void setFitSize();
+    void setFitSize() override;
     // Shows the movie at 100 %.
     void setOriginalSize();
     QRect originalRect() const { return QRect(QPoint(0, 0), m_movieSize); }
     QSize movieSize() const { return m_movieSize; }
     // A zoomed movie can be panned with the mouse while this is on.
-    void setCanDrag(bool canDrag);
+    void setCanDrag(bool canDrag) override;
     bool canDrag() const { return m_canDrag; }
 
     // 0 low, 1 medium, anything else high; applies from the next movie on.
-    void setFlashQuality(int quality) { m_quality = quality; }
+    void setFlashQuality(int quality) override { m_quality = quality; }
     int flashQuality() const { return m_quality; }
     // On: a movie may not reach the network nor read outside its folder.
     // Applies from the next movie on.
-    void setEnabledSecurity(bool enabled);
+    void setEnabledSecurity(bool enabled) override;
     bool enabledSecurity() const { return m_security; }
     // What shows around a movie that does not fill the view.
-    void setFlashBackgroundColor(const QColor &colour);
+    void setFlashBackgroundColor(const QColor &colour) override;
     QColor flashBackgroundColor() const { return m_background; }
     // FLV streams start over at their end while on.
-    void setRepeatStyle(bool repeat) { m_repeat = repeat; }
+    void setRepeatStyle(bool repeat) override { m_repeat = repeat; }
     // 0..1.
     void setVolume(double volume);
     double volume() const { return m_volume; }

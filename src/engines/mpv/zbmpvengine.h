@@ -89,12 +89,8 @@ public:
     // Why the engine could not start at all; empty when it runs.
     QString startError() const { return m_startError; }
     // True from seek() until the picture at the new position is decoded.
-    bool isSeeking() const { return m_seeking; }
+    bool isSeeking() const override { return m_seeking; }
     QString loadedPath() const { return m_path; }
-
-Q_SIGNALS:
-    // The last requested seek has landed and its frame is decoded.
-    void seekFinished();
 
 private:
     enum class State

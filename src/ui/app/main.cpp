@@ -6,7 +6,7 @@
 #include <csignal>
 #include <unistd.h>
 
-#include "engines/flash/zbflashview.h"
+#include "app/zbmediamoduleloader.h"
 #include "ui/app/mainwndcontroller.h"
 #include "ui/app/zbsingleinstance.h"
 
@@ -41,7 +41,9 @@ void quitOnTerminationSignals(QCoreApplication &app)
 
 int main(int argc, char *argv[])
 {
-    ZBFlashView::prepareApplication();
+    // The web engine itself is loaded later, with the media module; what it
+    // needs from the application object is set now.
+    ZBMediaModuleLoader::prepareApplication();
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
     QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));

@@ -27,10 +27,10 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-#include "engines/flash/zbflashengine.h"
-#include "engines/flash/zbflashview.h"
-#include "engines/mpv/zbmpvengine.h"
+#include "app/zbmediamodule.h"
+#include "app/zbmediamoduleloader.h"
 #include "engines/unsupported/zbunsupportedengine.h"
+#include "engines/zbflashcontrols.h"
 #include "library/zblibrarycontroller.h"
 #include "library/zblibraryimporter.h"
 #include "library/zbplaylist.h"
@@ -213,7 +213,8 @@ void MainWndController::startDeferred()
     // later, so neither the window nor the first movie waits for it.
     QTimer::singleShot(FlashEngineDelayMs, this, [this]() {
         ensureFlashEngine();
-        m_flashView->warmUp();
+        if (m_flashView)
+            m_flashView->warmUp();
     });
 }
 
@@ -386,28 +387,60 @@ void MainWndController::reloadTrackList()
 
 void MainWndController::ensureFlashEngine()
 {
-    if (m_flashView)
+    if (m_flashEngine)
         return;
-    m_flashView = new ZBFlashView;
+    ZBMediaModule *module = ZBMediaModuleLoader::module();
+    if (!module)
+    {
+        setUnavailableEngines({ZBPlaybackEngine::FlashMovie, ZBPlaybackEngine::FlashVideo});
+        return;
+    }
+    m_flashView = module->createFlashView();
     m_flashView->setFlashBackgroundColor(Qt::black);
-    m_flashEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashMovie, m_flashView);
-    m_flvEngine = std::make_unique<ZBFlashEngine>(ZBPlaybackEngine::FlashVideo, m_flashView);
+    m_flashEngine.reset(module->createFlashEngine(ZBPlaybackEngine::FlashMovie, m_flashView));
+    m_flvEngine.reset(module->createFlashEngine(ZBPlaybackEngine::FlashVideo, m_flashView));
     m_playback->setEngine(ZBPlaybackEngine::FlashMovie, m_flashEngine.get());
     m_playback->setEngine(ZBPlaybackEngine::FlashVideo, m_flvEngine.get());
-    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashMovie, m_flashView);
-    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashVideo, m_flashView);
+    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashMovie, m_flashView->widget());
+    m_playerPanel->addEngineView(ZBPlaybackEngine::FlashVideo, m_flashView->widget());
 }
 
 void MainWndController::ensureVideoEngines()
 {
     if (m_videoEngine)
         return;
-    m_videoEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::VideoMovie);
-    m_realEngine = std::make_unique<ZBMpvEngine>(ZBPlaybackEngine::RealMedia);
+    ZBMediaModule *module = ZBMediaModuleLoader::module();
+    if (!module)
+    {
+        setUnavailableEngines({ZBPlaybackEngine::VideoMovie, ZBPlaybackEngine::RealMedia});
+        return;
+    }
+    m_videoEngine.reset(module->createVideoEngine(ZBPlaybackEngine::VideoMovie));
+    m_realEngine.reset(module->createVideoEngine(ZBPlaybackEngine::RealMedia));
     m_playback->setEngine(ZBPlaybackEngine::VideoMovie, m_videoEngine.get());
     m_playback->setEngine(ZBPlaybackEngine::RealMedia, m_realEngine.get());
     m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
     m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
+}
+
+void MainWndController::setUnavailableEngines(const QList<int> &codes)
+{
+    // The library stays usable; every attempt to play says why it cannot.
+    const QString reason =
+        ZBLocalizer::localizedStringForKey(QStringLiteral("mediaModuleMissing")).arg(ZBMediaModuleLoader::loadError());
+    for (const int code : codes)
+    {
+        auto engine = std::make_unique<ZBUnsupportedEngine>(code, reason);
+        m_playback->setEngine(code, engine.get());
+        if (code == ZBPlaybackEngine::VideoMovie)
+            m_videoEngine = std::move(engine);
+        else if (code == ZBPlaybackEngine::RealMedia)
+            m_realEngine = std::move(engine);
+        else if (code == ZBPlaybackEngine::FlashMovie)
+            m_flashEngine = std::move(engine);
+        else
+            m_flvEngine = std::move(engine);
+    }
 }
 
 void MainWndController::ensureEngines()

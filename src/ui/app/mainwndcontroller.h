@@ -29,10 +29,9 @@ class ZBWindowModes;
 class ZBLibraryDialogs;
 class ZBLibraryImporter;
 class ZBLibraryPane;
-class ZBFlashEngine;
-class ZBFlashView;
+class ZBFlashControls;
 class ZBMprisService;
-class ZBMpvEngine;
+class ZBPlaybackEngine;
 class ZBPlaybackController;
 class ZBPlaybackDialogs;
 class ZBPlayerPanel;
@@ -185,6 +184,9 @@ private:
     void ensureVideoEngines();
     // Every engine, before anything plays.
     void ensureEngines();
+    // Stand-ins that refuse to play, saying why, when the media module
+    // cannot be loaded.
+    void setUnavailableEngines(const QList<int> &codes);
     // What only playback, browsing or the desktop need, once the window is
     // on screen.
     void startDeferred();
@@ -203,13 +205,13 @@ private:
     QList<std::function<void()>> m_whenLibraryReady;
     std::unique_ptr<QMainWindow> m_window;
     std::unique_ptr<ZBPlaybackDialogs> m_dialogs;
-    std::unique_ptr<ZBMpvEngine> m_videoEngine;
-    std::unique_ptr<ZBMpvEngine> m_realEngine;
+    std::unique_ptr<ZBPlaybackEngine> m_videoEngine;
+    std::unique_ptr<ZBPlaybackEngine> m_realEngine;
     std::unique_ptr<ZBUnsupportedEngine> m_silverlightEngine;
     // Both Flash roles share one view, which the player panel owns.
-    ZBFlashView *m_flashView = nullptr;
-    std::unique_ptr<ZBFlashEngine> m_flashEngine;
-    std::unique_ptr<ZBFlashEngine> m_flvEngine;
+    ZBFlashControls *m_flashView = nullptr;
+    std::unique_ptr<ZBPlaybackEngine> m_flashEngine;
+    std::unique_ptr<ZBPlaybackEngine> m_flvEngine;
     std::unique_ptr<ZBPlaybackController> m_playback;
     std::unique_ptr<ZBLibraryImporter> m_importer;
     struct PendingImport

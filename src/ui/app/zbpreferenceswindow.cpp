@@ -24,7 +24,8 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
-#include "engines/zbcomponentversions.h"
+#include "app/zbmediamodule.h"
+#include "app/zbmediamoduleloader.h"
 #include "localization/zblocalizer.h"
 #include "settings/zbpreferencescales.h"
 #include "settings/zbsettings.h"
@@ -350,7 +351,12 @@ void ZBPreferencesWindow::fillPluginsPane()
         return;
     m_pluginsFilled = true;
     auto *form = new QFormLayout;
-    for (const ZBComponentVersions::Component &component : ZBComponentVersions::components())
+    // Without the media module only Qt is known, and the reason follows.
+    ZBMediaModule *module = ZBMediaModuleLoader::module();
+    const QList<ZBMediaComponent> components =
+        module ? module->componentVersions()
+               : QList<ZBMediaComponent>{{QStringLiteral("Qt"), QString::fromLatin1(qVersion()), {}}};
+    for (const ZBMediaComponent &component : components)
     {
         QString version = component.version.isEmpty() ? text("prefPluginsNotDetected") : component.version;
         if (!component.version.isEmpty() && !component.detail.isEmpty())
@@ -362,6 +368,13 @@ void ZBPreferencesWindow::fillPluginsPane()
     }
     auto *layout = static_cast<QVBoxLayout *>(m_pluginsPane->layout());
     layout->addLayout(form);
+    if (!module)
+    {
+        auto *missing = new QLabel(ZBMediaModuleLoader::loadError());
+        missing->setWordWrap(true);
+        missing->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        layout->addWidget(missing);
+    }
     auto *silverlight = new QLabel(text("prefPluginsSilverlight"));
     silverlight->setWordWrap(true);
     layout->addWidget(silverlight);

@@ -1,14 +1,14 @@
 #include "ui/playback/zbplaybackcontroller.h"
 
 #include <QColor>
+#include <QWidget>
 #include <QDateTime>
 #include <QFileInfo>
 #include <QLoggingCategory>
 
 #include <cmath>
 
-#include "engines/flash/zbflashengine.h"
-#include "engines/flash/zbflashview.h"
+#include "engines/zbflashcontrols.h"
 #include "engines/unsupported/zbunsupportedengine.h"
 #include "engines/zbplaybackengine.h"
 #include "library/zblibrarycontroller.h"
@@ -140,19 +140,20 @@ QString ZBPlaybackController::flashMoviePath(const ZBItem *item) const
     return item->Path();
 }
 
-ZBFlashView *ZBPlaybackController::flashView() const
+ZBFlashControls *ZBPlaybackController::flashView() const
 {
     for (const int code : {int(ZBPlaybackEngine::FlashMovie), int(ZBPlaybackEngine::FlashVideo)})
     {
-        if (auto *flash = qobject_cast<ZBFlashEngine *>(m_engines.value(code)))
-            return flash->flashView();
+        ZBPlaybackEngine *engine = m_engines.value(code);
+        if (auto *flash = engine ? dynamic_cast<ZBFlashControls *>(engine->view()) : nullptr)
+            return flash;
     }
     return nullptr;
 }
 
 void ZBPlaybackController::prepareFlashView(int code)
 {
-    ZBFlashView *view = flashView();
+    ZBFlashControls *view = flashView();
     if (!view || (code != ZBPlaybackEngine::FlashMovie && code != ZBPlaybackEngine::FlashVideo))
         return;
     view->setFlashQuality(m_settings->option_flashDefaultQuality);
@@ -329,7 +330,7 @@ void ZBPlaybackController::engineLoaded()
     Q_EMIT trackChanged(item);
     if (m_currentUsedView == ZBPlaybackEngine::FlashMovie || m_currentUsedView == ZBPlaybackEngine::FlashVideo)
     {
-        if (ZBFlashView *view = flashView())
+        if (ZBFlashControls *view = flashView())
         {
             view->setFitSize();
             if (m_flashViewMustKeepZoom)

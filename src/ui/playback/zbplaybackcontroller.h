@@ -11,7 +11,7 @@
 #include "playback/zbplaysequencer.h"
 #include "playback/zbtrackenddetector.h"
 
-class ZBFlashView;
+class ZBFlashControls;
 class ZBLibraryController;
 class ZBPlaybackEngine;
 class ZBPlaybackUi;
@@ -117,7 +117,7 @@ public:
     // "onChangePlayerMode" from the start screen stores the tutorial state.
     void flashView_callFunction(const QString &function, const QStringList &arguments);
     // The Flash view the Flash engines share, when there is one.
-    ZBFlashView *flashView() const;
+    ZBFlashControls *flashView() const;
     // The movie file a Flash track plays: its captured base resource, or its
     // own file.
     QString flashMoviePath(const ZBItem *item) const;

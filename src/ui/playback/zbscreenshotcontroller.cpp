@@ -5,7 +5,6 @@
 
 #include <cmath>
 
-#include "engines/mpv/zbmpvengine.h"
 #include "engines/zbplaybackengine.h"
 #include "engines/zbsnapshotwriter.h"
 #include "library/zbitem.h"
@@ -143,13 +142,13 @@ void ZBScreenshotController::rewindThenShoot()
     m_playback->seekSliderMoved(0);
     // The video engine seeks in the background: the first shot waits for the
     // first frame, or it would show where playback was.
-    auto *mpv = qobject_cast<ZBMpvEngine *>(m_playback->currentEngine());
-    if (mpv && mpv->isSeeking())
+    ZBPlaybackEngine *engine = m_playback->currentEngine();
+    if (engine && engine->isSeeking())
     {
         connect(
-            mpv, &ZBMpvEngine::seekFinished, this,
-            [this, mpv]() {
-                if (m_seriesInProgress && m_playback->currentEngine() == mpv && m_shotCount == 0)
+            engine, &ZBPlaybackEngine::seekFinished, this,
+            [this, engine]() {
+                if (m_seriesInProgress && m_playback->currentEngine() == engine && m_shotCount == 0)
                     screenshotTimerCallback();
             },
             Qt::SingleShotConnection);

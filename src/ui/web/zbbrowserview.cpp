@@ -8,7 +8,6 @@
 #include <QMenu>
 #include <QNetworkCookie>
 #include <QNetworkCookieJar>
-#include <QUrlQuery>
 #include <QWebChannel>
 #include <QWebEngineCookieStore>
 #include <QWebEngineLoadingInfo>
@@ -33,8 +32,6 @@ Q_LOGGING_CATEGORY(lcBrowserPage, "norvik.web.page", QtCriticalMsg)
 
 namespace
 {
-const QString StartPagePath = QStringLiteral("/pages/default.html");
-const QString ErrorPagePath = QStringLiteral("/pages/404.html");
 // Chromium's ERR_ABORTED: a load cut short by a newer one or by stop().
 constexpr int AbortedError = -3;
 
@@ -61,22 +58,6 @@ QWebEngineScript pageScript(const QString &name, const QString &source, quint32 
     return script;
 }
 
-QUrl ownPage(const QString &path, const QList<std::pair<QString, QString>> &items)
-{
-    QUrl url;
-    url.setScheme(QStringLiteral("qrc"));
-    url.setPath(path);
-    QUrlQuery query;
-    for (const auto &[key, value] : items)
-        query.addQueryItem(key, QString::fromUtf8(QUrl::toPercentEncoding(value)));
-    url.setQuery(query);
-    return url;
-}
-
-bool isOwnPage(const QUrl &url, const QString &path)
-{
-    return url.scheme() == QLatin1String("qrc") && url.path() == path;
-}
 } // namespace
 
 ZBBrowserView::ZBBrowserView(QWidget *parent)
@@ -186,54 +167,14 @@ bool ZBBrowserView::isFlashAvailable() const
     return m_ruffleServer->isListening();
 }
 
-QUrl ZBBrowserView::startPageUrl(const QString &typedText)
-{
-    return ownPage(StartPagePath,
-                   {{QStringLiteral("heading"), ZBLocalizer::localizedStringForKey(QStringLiteral("browserStartPageHeading"))},
-                    {QStringLiteral("text"), ZBLocalizer::localizedStringForKey(QStringLiteral("browserStartPageText"))},
-                    {QStringLiteral("address"), typedText}});
-}
-
-QUrl ZBBrowserView::errorPageUrl(const QString &address, FailureKind kind, int code, const QString &description)
-{
-    QString reason;
-    switch (kind)
-    {
-    case FailureKind::Connection:
-        reason = ZBLocalizer::localizedStringForKey(QStringLiteral("browserErrorConnection"));
-        break;
-    case FailureKind::HttpStatus:
-        reason = ZBLocalizer::localizedStringForKey(QStringLiteral("browserErrorHttpStatus")).arg(code);
-        break;
-    case FailureKind::Other:
-        reason = ZBLocalizer::localizedStringForKey(QStringLiteral("browserErrorOther"))
-                     .arg(description.isEmpty() ? QString::number(code) : description);
-        break;
-    }
-    return ownPage(ErrorPagePath,
-                   {{QStringLiteral("heading"), ZBLocalizer::localizedStringForKey(QStringLiteral("browserErrorPageHeading"))},
-                    {QStringLiteral("reason"), reason},
-                    {QStringLiteral("address"), address}});
-}
-
-bool ZBBrowserView::isStartPage(const QUrl &url)
-{
-    return isOwnPage(url, StartPagePath);
-}
-
-bool ZBBrowserView::isErrorPage(const QUrl &url)
-{
-    return isOwnPage(url, ErrorPagePath);
-}
-
 void ZBBrowserView::loadStartPage(const QString &typedText)
 {
-    load(startPageUrl(typedText));
+    load(ZBWebPane::startPageUrl(typedText));
 }
 
 void ZBBrowserView::loadErrorPage(const QString &address, FailureKind kind, int code, const QString &description)
 {
-    load(errorPageUrl(address, kind, code, description));
+    load(ZBWebPane::errorPageUrl(address, kind, code, description));
 }
 
 void ZBBrowserView::previewSWF(const QUrl &url)

@@ -4,6 +4,7 @@
 #include <QUrl>
 #include <QWebEngineView>
 
+#include "ui/web/zbwebpane.h"
 #include "web/zbwebrequest.h"
 
 class QAction;
@@ -32,16 +33,7 @@ class ZBBrowserView : public QWebEngineView
     Q_OBJECT
 
 public:
-    enum class FailureKind
-    {
-        // Refused, reset, unknown host, unreachable: there was no answer.
-        Connection,
-        // The server answered with an error status (404, 500, ...).
-        HttpStatus,
-        // Certificates, protocol errors and anything else.
-        Other
-    };
-    Q_ENUM(FailureKind)
+    using FailureKind = ZBWebPane::FailureKind;
 
     static constexpr const char *UserAgent = "NorvikPlayer";
     // Tag of the context menu's Reload item.
@@ -60,14 +52,7 @@ public:
     // movies as the web engine alone does (not at all).
     bool isFlashAvailable() const;
 
-    // The start page, with the text the user had typed (may be empty).
-    static QUrl startPageUrl(const QString &typedText);
-    // The error page for `address`, saying why it failed.
-    static QUrl errorPageUrl(const QString &address, FailureKind kind, int code, const QString &description);
-    // Our own start or error page, whatever its query.
-    static bool isStartPage(const QUrl &url);
-    static bool isErrorPage(const QUrl &url);
-
+    // Our own pages: ZBWebPane::startPageUrl() and errorPageUrl().
     void loadStartPage(const QString &typedText);
     void loadErrorPage(const QString &address, FailureKind kind = FailureKind::Connection, int code = 0,
                        const QString &description = QString());
@@ -96,8 +81,7 @@ Q_SIGNALS:
     void titleReceived(const QString &title, const QUrl &url);
     void mainFrameLoadFinished(const QUrl &url, const QString &title);
     // Not sent for a load that a newer one or stop() cut short.
-    void mainFrameLoadFailed(const QUrl &url, ZBBrowserView::FailureKind kind, int code,
-                             const QString &description);
+    void mainFrameLoadFailed(const QUrl &url, ZBWebPane::FailureKind kind, int code, const QString &description);
     // For the spinner: on when a main-frame load starts, off when it ends.
     void busyChanged(bool busy);
 

@@ -15,6 +15,8 @@
 #include <QTreeView>
 
 #include "app/zbcommandvalidation.h"
+#include "app/zbmediamodule.h"
+#include "app/zbmediamoduleloader.h"
 #include "library/zblibrarycontroller.h"
 #include "localization/zblocalizer.h"
 #include "settings/zbsettings.h"
@@ -125,17 +127,17 @@ ZBWebController::ZBWebController(ZBLibraryController *library, ZBSettings *setti
     QComboBox *address = layout->urlField();
     address->setInsertPolicy(QComboBox::NoInsert);
     connect(address->lineEdit(), &QLineEdit::returnPressed, this, [this]() {
-        ensureStarted();
-        m_navigation->cellTextDidEndEditing();
+        if (ensureStarted())
+            m_navigation->cellTextDidEndEditing();
     });
     connect(address, &QComboBox::editTextChanged, this, [this]() { m_navigation->validateGoButton(); });
     connect(address, &QComboBox::activated, this, [this]() {
-        ensureStarted();
-        m_navigation->cellTextDidEndEditing();
+        if (ensureStarted())
+            m_navigation->cellTextDidEndEditing();
     });
     connect(layout->goButton(), &QPushButton::clicked, this, [this]() {
-        ensureStarted();
-        m_navigation->buttonGoClick();
+        if (ensureStarted())
+            m_navigation->buttonGoClick();
     });
     connect(layout->backButton(), &QToolButton::clicked, this, &ZBWebController::buttonBackClick);
     connect(led, &ZBLed::backFromPreviewRequested, this, [this]() { m_navigation->buttonLEDBackClick(); });
@@ -165,33 +167,42 @@ void ZBWebController::setHistoryMenu(QMenu *menu)
     historyMenuChanged();
 }
 
-void ZBWebController::ensureStarted()
+bool ZBWebController::ensureStarted()
 {
     if (m_view)
-        return;
-    m_view = new ZBBrowserView;
+        return true;
+    ZBMediaModule *module = ZBMediaModuleLoader::module();
+    if (!module)
+    {
+        QMessageBox::warning(QApplication::activeWindow(), ZBLocalizer::localizedStringForKey(QStringLiteral("alertMediaModuleMissingTitle")),
+                             ZBLocalizer::localizedStringForKey(QStringLiteral("alertMediaModuleMissingMessage"))
+                                 .arg(ZBMediaModuleLoader::loadError()));
+        return false;
+    }
+    m_view = module->createWebPane();
     m_layout->setWebView(m_view);
     m_probe->setCookieJar(m_view->cookieJar());
     m_downloads->setCookieJar(m_view->cookieJar());
     connectView();
     m_navigation->start();
+    return true;
 }
 
 void ZBWebController::connectView()
 {
-    connect(m_view, &ZBBrowserView::resourceRequested, this, &ZBWebController::resourceRequested);
-    connect(m_view, &ZBBrowserView::mainFrameLoadStarted, this, [this](const QUrl &url) {
+    connect(m_view, &ZBWebPane::resourceRequested, this, &ZBWebController::resourceRequested);
+    connect(m_view, &ZBWebPane::mainFrameLoadStarted, this, [this](const QUrl &url) {
         m_navigation->webViewDidStartProvisionalLoad(true, navigationURL(url));
         m_capture->setShouldBypassReceiveURLs(m_navigation->shouldBypassReceiveURLs());
     });
-    connect(m_view, &ZBBrowserView::mainFrameCommitted, this, [this](const QUrl &url) {
+    connect(m_view, &ZBWebPane::mainFrameCommitted, this, [this](const QUrl &url) {
         const QString page = m_navigation->webViewDidCommitLoad(true, navigationURL(url));
         m_capture->setShouldBypassReceiveURLs(false);
         if (!page.isEmpty())
             m_capture->commitPage(page);
         Q_EMIT stateChanged();
     });
-    connect(m_view, &ZBBrowserView::titleReceived, this, [this](const QString &title, const QUrl &url) {
+    connect(m_view, &ZBWebPane::titleReceived, this, [this](const QString &title, const QUrl &url) {
         const ZBNavigationState::PageTitleChange change =
             m_navigation->webViewDidReceiveTitle(true, title, navigationURL(url));
         if (!change.valid)
@@ -202,19 +213,19 @@ void ZBWebController::connectView()
             m_layout->downloadsTable()->scrollTo(index);
         }
     });
-    connect(m_view, &ZBBrowserView::mainFrameLoadFinished, this,
+    connect(m_view, &ZBWebPane::mainFrameLoadFinished, this,
             [this]() { m_navigation->webViewDidFinishLoad(true); });
-    connect(m_view, &ZBBrowserView::mainFrameLoadFailed, this,
-            [this](const QUrl &, ZBBrowserView::FailureKind kind, int code, const QString &description) {
+    connect(m_view, &ZBWebPane::mainFrameLoadFailed, this,
+            [this](const QUrl &, ZBWebPane::FailureKind kind, int code, const QString &description) {
                 m_failureKind = kind;
                 m_failureCode = code;
                 m_failureText = description;
                 m_navigation->webViewDidFailProvisionalLoad(true);
             });
-    connect(m_view, &ZBBrowserView::busyChanged, this, &ZBWebController::setSpinnerRunning);
-    connect(m_view, &ZBBrowserView::backRequested, this, &ZBWebController::buttonBackClick);
-    connect(m_view, &ZBBrowserView::reloadRequested, this, &ZBWebController::reloadCurrentPage);
-    connect(m_view, &ZBBrowserView::newWindowLoaded, this, [this](const QUrl &url) {
+    connect(m_view, &ZBWebPane::busyChanged, this, &ZBWebController::setSpinnerRunning);
+    connect(m_view, &ZBWebPane::backRequested, this, &ZBWebController::buttonBackClick);
+    connect(m_view, &ZBWebPane::reloadRequested, this, &ZBWebController::reloadCurrentPage);
+    connect(m_view, &ZBWebPane::newWindowLoaded, this, [this](const QUrl &url) {
         setAddressText(url.toString());
     });
 }
@@ -237,9 +248,9 @@ void ZBWebController::resourceRequested(const ZBWebRequest &request)
 
 QString ZBWebController::navigationURL(const QUrl &url) const
 {
-    if (ZBBrowserView::isStartPage(url))
+    if (ZBWebPane::isStartPage(url))
         return m_navigation->startPageURL();
-    if (ZBBrowserView::isErrorPage(url))
+    if (ZBWebPane::isErrorPage(url))
         return m_navigation->errorPageURL();
     return url.toString();
 }
@@ -289,8 +300,8 @@ void ZBWebController::historyMenuChanged()
         QAction *action = m_historyMenu->addAction(page.PageTitle.isEmpty() ? page.HistoryItem : page.PageTitle);
         const QString url = page.HistoryItem;
         connect(action, &QAction::triggered, this, [this, url]() {
-            ensureStarted();
-            m_navigation->gotoURLfromHistoryMenu(url);
+            if (ensureStarted())
+                m_navigation->gotoURLfromHistoryMenu(url);
         });
     }
     Q_EMIT stateChanged();
@@ -298,7 +309,8 @@ void ZBWebController::historyMenuChanged()
 
 void ZBWebController::load(const QUrl &url)
 {
-    ensureStarted();
+    if (!ensureStarted())
+        return;
     const QString address = url.toString();
     if (address == m_navigation->startPageURL() || url.path() == StartPagePath)
         m_view->loadStartPage(addressText());
@@ -385,8 +397,8 @@ void ZBWebController::validatePreviewButton()
 
 void ZBWebController::handleGetURLEvent(const QString &url)
 {
-    ensureStarted();
-    m_navigation->handleGetURLEvent(url);
+    if (ensureStarted())
+        m_navigation->handleGetURLEvent(url);
 }
 
 void ZBWebController::buttonBackClick()
@@ -397,8 +409,8 @@ void ZBWebController::buttonBackClick()
 
 void ZBWebController::goHome()
 {
-    ensureStarted();
-    m_view->loadStartPage(addressText());
+    if (ensureStarted())
+        m_view->loadStartPage(addressText());
 }
 
 void ZBWebController::reloadCurrentPage()
@@ -435,7 +447,8 @@ void ZBWebController::previewSelected()
     ZBDownloadItem *item = selection.value(0);
     if (!item || !m_capture->isPreviewAvailable(item))
         return;
-    ensureStarted();
+    if (!ensureStarted())
+        return;
     m_capture->beginPreview(item);
     m_hooks.setContentMode(3);
     m_led->setBackFromPreviewVisible(true);
@@ -600,5 +613,5 @@ void ZBWebController::fillCommandState(ZBCommandState &state) const
     state.downloadSelectionHasRoot = ZBCaptureTree::rootDownloadItemExistInSelection(selection);
     state.selectedDownloadSaved = !selection.isEmpty() && selection.first()->saved();
     state.selectedDownloadType = selection.isEmpty() ? QString() : selection.first()->resourceType();
-    state.browserOnStartPage = !m_view || ZBBrowserView::isStartPage(m_view->url());
+    state.browserOnStartPage = !m_view || ZBWebPane::isStartPage(m_view->url());
 }

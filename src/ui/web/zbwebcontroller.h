@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "web/zbbrowserhost.h"
-#include "ui/web/zbbrowserview.h"
+#include "ui/web/zbwebpane.h"
 
 class QMenu;
 class ZBCaptureTree;
@@ -51,10 +51,11 @@ public:
     // The History menu's "Recent Pages" submenu: the pages visited go after
     // its first two items.
     void setHistoryMenu(QMenu *menu);
-    // Makes the web view and shows the start page, once.
-    void ensureStarted();
+    // Makes the web view and shows the start page, once. False, having told
+    // the user why, when the web engine cannot be loaded.
+    bool ensureStarted();
     bool isStarted() const { return m_view != nullptr; }
-    ZBBrowserView *view() const { return m_view; }
+    ZBWebPane *view() const { return m_view; }
     ZBCaptureTree &capture() { return *m_capture; }
     ZBDownloadManager &downloads() { return *m_downloads; }
     ZBNavigationState &navigation() { return *m_navigation; }
@@ -131,10 +132,10 @@ private:
     std::unique_ptr<ZBDownloadManager> m_downloads;
     std::unique_ptr<ZBNavigationState> m_navigation;
     ZBDownloadTreeModel *m_model;
-    QPointer<ZBBrowserView> m_view;
+    QPointer<ZBWebPane> m_view;
     QPointer<QMenu> m_historyMenu;
     // Why the last page failed, for the error page.
-    ZBBrowserView::FailureKind m_failureKind = ZBBrowserView::FailureKind::Connection;
+    ZBWebPane::FailureKind m_failureKind = ZBWebPane::FailureKind::Connection;
     int m_failureCode = 0;
     QString m_failureText;
 };

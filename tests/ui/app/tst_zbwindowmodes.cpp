@@ -64,7 +64,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(playback->isPlaying(), 20000);
         int loads = 0;
         connect(playback, &ZBPlaybackController::playingItemChanged, this, [&loads]() { ++loads; });
-        if (ZBFlashView *view = playback->flashView())
+        if (auto *view = playback->flashView() ? qobject_cast<ZBFlashView *>(playback->flashView()->widget()) : nullptr)
             connect(view, &ZBFlashView::movieLoaded, this, [&loads]() { ++loads; });
 
         ZBWindowModes *modes = controller.windowModes();

@@ -221,7 +221,7 @@ void TestZBBrowserView::previewedMovieRequestsAreTagged()
                              30000);
     QVERIFY(m_view->isPreviewing());
     m_view->loadStartPage(QStringLiteral("typed text"));
-    QTRY_VERIFY_WITH_TIMEOUT(ZBBrowserView::isStartPage(m_view->url()), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(ZBWebPane::isStartPage(m_view->url()), 20000);
     QVERIFY(!m_view->isPreviewing());
 }
 

@@ -1,0 +1,112 @@
+#include "app/zbmediamoduleloader.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLibrary>
+#include <QLoggingCategory>
+
+#include <atomic>
+#include <dlfcn.h>
+#include <mutex>
+#include <unistd.h>
+
+Q_LOGGING_CATEGORY(lcMediaModule, "norvik.media.module", QtInfoMsg)
+
+namespace
+{
+constexpr const char *ModuleFileName = "libnorvikmedia.so";
+
+std::atomic<ZBMediaModuleLoader::EntryPoint> linkedEntry{nullptr};
+
+struct LoadState
+{
+    std::once_flag once;
+    ZBMediaModule *module = nullptr;
+    QString error;
+};
+
+LoadState &loadState()
+{
+    static LoadState state;
+    return state;
+}
+} // namespace
+
+ZBMediaModule *ZBMediaModuleLoader::module()
+{
+    LoadState &state = loadState();
+    std::call_once(state.once, [&state]() {
+        if (const EntryPoint entry = linkedEntry.load())
+        {
+            state.module = entry();
+            return;
+        }
+        const Result result = loadFrom(modulePath());
+        state.module = result.module;
+        state.error = result.error;
+        if (!state.module)
+            qCWarning(lcMediaModule).noquote() << "No playback, recognition nor browsing:" << state.error;
+    });
+    return state.module;
+}
+
+QString ZBMediaModuleLoader::loadError()
+{
+    module();
+    return loadState().error;
+}
+
+void ZBMediaModuleLoader::registerLinked(EntryPoint entry)
+{
+    linkedEntry.store(entry);
+}
+
+QString ZBMediaModuleLoader::modulePath()
+{
+    const QString fromEnvironment = qEnvironmentVariable("NVK_MEDIA_MODULE");
+    if (!fromEnvironment.isEmpty())
+        return fromEnvironment;
+    // The module is installed, and built, beside the core library.
+    Dl_info info = {};
+    if (::dladdr(reinterpret_cast<void *>(&ZBMediaModuleLoader::modulePath), &info) != 0 && info.dli_fname)
+    {
+        const QFileInfo self(QString::fromLocal8Bit(info.dli_fname));
+        return QDir(self.absolutePath()).absoluteFilePath(QString::fromLatin1(ModuleFileName));
+    }
+    return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QString::fromLatin1(ModuleFileName));
+}
+
+ZBMediaModuleLoader::Result ZBMediaModuleLoader::loadFrom(const QString &path)
+{
+    Result result;
+    // Never unloaded: its widgets, engines and static data live as long as
+    // the process.
+    auto *library = new QLibrary(path);
+    if (!library->load())
+    {
+        result.error = library->errorString();
+        delete library;
+        return result;
+    }
+    const auto entry = reinterpret_cast<EntryPoint>(library->resolve(EntryPointName));
+    if (!entry)
+    {
+        result.error = QStringLiteral("%1 is no media module of this program (%2)").arg(path, library->errorString());
+        return result;
+    }
+    result.module = entry();
+    if (!result.module)
+        result.error = QStringLiteral("%1 refused to start").arg(path);
+    return result;
+}
+
+void ZBMediaModuleLoader::prepareApplication()
+{
+    // The web engine describes its GL set-up on every start; that is for
+    // whoever debugs it (QT_LOGGING_RULES still turns it back on).
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.info=false"));
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+}
