@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QLibrary>
+#include <QFile>
 #include <QLoggingCategory>
 
 #include <atomic>
@@ -80,19 +80,21 @@ QString ZBMediaModuleLoader::modulePath()
 ZBMediaModuleLoader::Result ZBMediaModuleLoader::loadFrom(const QString &path)
 {
     Result result;
-    // Never unloaded: its widgets, engines and static data live as long as
-    // the process.
-    auto *library = new QLibrary(path);
-    if (!library->load())
+    // dlopen rather than QLibrary: QLibrary tries other names after the one
+    // given and reports the last, which is not the file the user has to fix.
+    // Never closed: the module's widgets, engines and static data live as
+    // long as the process.
+    void *library = ::dlopen(QFile::encodeName(path).constData(), RTLD_LAZY | RTLD_LOCAL);
+    if (!library)
     {
-        result.error = library->errorString();
-        delete library;
+        result.error = QString::fromLocal8Bit(::dlerror());
         return result;
     }
-    const auto entry = reinterpret_cast<EntryPoint>(library->resolve(EntryPointName));
+    const auto entry = reinterpret_cast<EntryPoint>(::dlsym(library, EntryPointName));
     if (!entry)
     {
-        result.error = QStringLiteral("%1 is no media module of this program (%2)").arg(path, library->errorString());
+        result.error = QStringLiteral("%1 is no media module of this program: %2")
+                           .arg(path, QString::fromLocal8Bit(::dlerror()));
         return result;
     }
     result.module = entry();
