@@ -681,7 +681,7 @@ The old history file was kept unchanged as:
     </message>
     <message>
         <source>alertMediaModuleMissingMessage</source>
-        <translation>Web pages cannot be shown without them. Your library and downloads are unaffected.
+        <translation>The media libraries cannot be loaded, so web pages cannot be shown. Your library and downloads are unaffected.
 
 (%1)</translation>
     </message>

@@ -681,7 +681,7 @@ Die alte Verlaufsdatei wurde unverändert aufbewahrt unter:
     </message>
     <message>
         <source>alertMediaModuleMissingMessage</source>
-        <translation>Ohne sie können keine Webseiten angezeigt werden. Ihre Mediathek und Ihre Downloads bleiben unverändert.
+        <translation>Die Medienbibliotheken können nicht geladen werden, daher können keine Webseiten angezeigt werden. Ihre Mediathek und Ihre Downloads bleiben unverändert.
 
 (%1)</translation>
     </message>
