@@ -13,7 +13,6 @@
 #include <QWebEngineProfile>
 #include <QWebEngineSettings>
 
-#include <unistd.h>
 
 #include "app/zbmediamoduleloader.h"
 #include "engines/zbloggingwebpage.h"
