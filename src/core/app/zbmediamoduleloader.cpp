@@ -9,6 +9,7 @@
 #include <atomic>
 #include <dlfcn.h>
 #include <mutex>
+#include <thread>
 #include <unistd.h>
 
 Q_LOGGING_CATEGORY(lcMediaModule, "norvik.media.module", QtInfoMsg)
@@ -18,12 +19,15 @@ namespace
 constexpr const char *ModuleFileName = "libnorvikmedia.so";
 
 std::atomic<ZBMediaModuleLoader::EntryPoint> linkedEntry{nullptr};
+std::atomic<void (*)()> beforeLoading{nullptr};
 
 struct LoadState
 {
     std::once_flag once;
     ZBMediaModule *module = nullptr;
     QString error;
+    std::mutex preloadMutex;
+    std::thread preloader;
 };
 
 LoadState &loadState()
@@ -42,6 +46,8 @@ ZBMediaModule *ZBMediaModuleLoader::module()
             state.module = entry();
             return;
         }
+        if (const auto before = beforeLoading.load())
+            before();
         const Result result = loadFrom(modulePath());
         state.module = result.module;
         state.error = result.error;
@@ -55,6 +61,39 @@ QString ZBMediaModuleLoader::loadError()
 {
     module();
     return loadState().error;
+}
+
+void ZBMediaModuleLoader::setBeforeLoading(void (*before)())
+{
+    beforeLoading.store(before);
+}
+
+void ZBMediaModuleLoader::preload(std::function<void()> mapped)
+{
+    LoadState &state = loadState();
+    const std::lock_guard<std::mutex> lock(state.preloadMutex);
+    if (linkedEntry.load() || state.preloader.joinable())
+    {
+        mapped();
+        return;
+    }
+    state.preloader = std::thread([path = modulePath(), mapped = std::move(mapped)]() {
+        if (const auto before = beforeLoading.load())
+            before();
+        // The handle is dropped on purpose: module()'s own dlopen of the same
+        // file takes another reference, and finds everything mapped. A file
+        // that fails here fails there too, and says why then.
+        ::dlopen(QFile::encodeName(path).constData(), RTLD_LAZY | RTLD_LOCAL);
+        mapped();
+    });
+}
+
+void ZBMediaModuleLoader::waitForPreload()
+{
+    LoadState &state = loadState();
+    const std::lock_guard<std::mutex> lock(state.preloadMutex);
+    if (state.preloader.joinable() && state.preloader.get_id() != std::this_thread::get_id())
+        state.preloader.join();
 }
 
 void ZBMediaModuleLoader::registerLinked(EntryPoint entry)
@@ -103,12 +142,13 @@ ZBMediaModuleLoader::Result ZBMediaModuleLoader::loadFrom(const QString &path)
     return result;
 }
 
-void ZBMediaModuleLoader::prepareApplication()
+void ZBMediaModuleLoader::prepareApplication(bool shareGLLater)
 {
     // The web engine describes its GL set-up on every start; that is for
     // whoever debugs it (QT_LOGGING_RULES still turns it back on).
     QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.info=false"));
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    if (!shareGLLater)
+        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
 }

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 class ZBMediaModule;
 
 // Hands out the media module (libnorvikmedia.so: libmpv, FFmpeg, Qt
@@ -26,6 +28,18 @@ public:
     static ZBMediaModule *module();
     static QString loadError();
 
+    // Maps the module file and the libraries it needs on a thread of its
+    // own, so that module() later finds them in memory instead of holding up
+    // its caller (the window) for the 100-200 ms the dynamic loader takes.
+    // `mapped` runs on that thread once it is over, whether it worked or not
+    // (module() tells); at once on the caller's when nothing is to be mapped.
+    static void preload(std::function<void()> mapped);
+    // Runs on the loading thread before the module is mapped, whichever
+    // thread that is (see ZBSharedGLContext); set before anything loads.
+    static void setBeforeLoading(void (*before)());
+    // Waits for a preload still running (before the process ends).
+    static void waitForPreload();
+
     // The module registers itself here from a static initialiser, so that a
     // program linking it never opens a second copy.
     static void registerLinked(EntryPoint entry);
@@ -41,7 +55,8 @@ public:
     static Result loadFrom(const QString &path);
 
     // What the web engine needs before the QApplication exists, without
-    // loading it: a GL context shared with the video views and, for root, no
-    // Chromium sandbox (it refuses to run as root at all).
-    static void prepareApplication();
+    // loading it: a GL context shared with the video views (unless
+    // `shareGLLater`: the caller then makes it in setBeforeLoading()) and,
+    // for root, no Chromium sandbox (it refuses to run as root at all).
+    static void prepareApplication(bool shareGLLater = false);
 };

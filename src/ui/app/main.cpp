@@ -8,6 +8,7 @@
 
 #include "app/zbmediamoduleloader.h"
 #include "ui/app/mainwndcontroller.h"
+#include "ui/app/zbsharedglcontext.h"
 #include "ui/app/zbsingleinstance.h"
 
 namespace
@@ -42,9 +43,18 @@ void quitOnTerminationSignals(QCoreApplication &app)
 int main(int argc, char *argv[])
 {
     // The web engine itself is loaded later, with the media module; what it
-    // needs from the application object is set now.
-    ZBMediaModuleLoader::prepareApplication();
+    // needs from the application object is set now, but for the shared GL
+    // context, made once the window shows (ZBSharedGLContext).
+    ZBMediaModuleLoader::prepareApplication(true);
     QApplication app(argc, argv);
+    // Every GL view is made after the module loads, and so after the shared
+    // context; views that change windows keep their own contexts.
+    ZBMediaModuleLoader::setBeforeLoading([]() { ZBSharedGLContext::create(); });
+    // Qt warns that this attribute comes late, though it reads it only when
+    // a view changes windows, long after the shared context exists.
+    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    qInstallMessageHandler(previous);
     QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
     QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NVK_VERSION));

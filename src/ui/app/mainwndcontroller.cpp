@@ -88,6 +88,7 @@ MainWndController::~MainWndController()
     // stops the engines it drives: each must go before what it uses.
     if (m_libraryLoader.joinable())
         m_libraryLoader.join();
+    ZBMediaModuleLoader::waitForPreload();
     qApp->removeEventFilter(this);
     m_validator.reset();
     m_hud.reset();
@@ -208,6 +209,21 @@ void MainWndController::startDeferred()
     m_deferredStarted = true;
     startLibraryLoad();
     startMpris();
+    // The media libraries are mapped on a thread of their own; the engines
+    // are made once they are in memory, so the window keeps answering.
+    ZBMediaModuleLoader::preload([guard = QPointer<MainWndController>(this)]() {
+        QMetaObject::invokeMethod(
+            qApp,
+            [guard]() {
+                if (guard)
+                    guard->mediaModuleMapped();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void MainWndController::mediaModuleMapped()
+{
     ensureVideoEngines();
     // The Flash engine is made and compiled in the background a moment
     // later, so neither the window nor the first movie waits for it.

@@ -140,6 +140,7 @@ protected:
 
 private:
     void startLibraryLoad();
+    void mediaModuleMapped();
     void libraryLoaded();
     // Runs `call` now, or once the library is ready: anything that reads or
     // writes the library waits for the store's read to finish.
