@@ -2,12 +2,14 @@
 
 void ZBBaseEntity::setName(const QString &value)
 {
+    willChange();
     m_Name = value;
     didChange();
 }
 
 void ZBBaseEntity::setValue(const QString &value)
 {
+    willChange();
     m_Value = value;
     didChange();
 }

@@ -14,6 +14,7 @@ bool assign(T &field, const T &value)
 {
     if (field == value)
         return false;
+    ZBManagedObject::willChange();
     field = value;
     return true;
 }
@@ -24,6 +25,7 @@ bool assign(QString &field, const QString &value)
 {
     if (field == value && field.isNull() == value.isNull())
         return false;
+    ZBManagedObject::willChange();
     field = value;
     return true;
 }
@@ -79,6 +81,7 @@ void ZBItem::setItemUUID(const QString &value)
 {
     if (m_ItemUUID == value && m_ItemUUID.isNull() == value.isNull())
         return;
+    willChange();
     if (context())
         context()->itemKeyWillChange(this, QStringLiteral("ItemUUID"), m_ItemUUID, value);
     m_ItemUUID = value;
@@ -98,6 +101,7 @@ void ZBItem::setPath(const QString &value)
 {
     if (m_Path == value && m_Path.isNull() == value.isNull())
         return;
+    willChange();
     if (context())
         context()->itemKeyWillChange(this, QStringLiteral("Path"), m_Path, value);
     m_Path = value;
@@ -109,6 +113,7 @@ void ZBItem::setURL(const QString &value)
 {
     if (m_URL == value && m_URL.isNull() == value.isNull())
         return;
+    willChange();
     if (context())
         context()->itemKeyWillChange(this, QStringLiteral("URL"), m_URL, value);
     m_URL = value;
@@ -146,6 +151,7 @@ void ZBItem::setAdded(const QDateTime &value)
 {
     if (m_Added.isValid() != value.isValid() || m_Added != value)
     {
+        willChange();
         m_Added = value;
         didChange(AddedValue);
     }
@@ -155,6 +161,7 @@ void ZBItem::setLastPlayed(const QDateTime &value)
 {
     if (m_LastPlayed.isValid() != value.isValid() || m_LastPlayed != value)
     {
+        willChange();
         m_LastPlayed = value;
         didChange(LastPlayedValue);
     }

@@ -1,5 +1,7 @@
 #include "library/zbitemfilter.h"
 
+#include "library/zblibraryguard.h"
+
 #include "predicate/zbpredicateevaluator.h"
 
 namespace
@@ -255,6 +257,10 @@ void ZBItemFilter::filter(ZBItem *const *begin, ZBItem *const *end, ZBItemList &
     const std::ptrdiff_t count = end - begin;
     for (std::ptrdiff_t i = 0; i < count; ++i)
     {
+        // A read on a background thread gives way to a newer one or to a
+        // write; the caller then drops what is here.
+        if ((i & 4095) == 0 && ZBLibraryGuard::cancelled())
+            return;
         if (i + 2 * Distance < count)
         {
             __builtin_prefetch(begin[i + 2 * Distance]);

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "library/zbitemfilter.h"
+#include "library/zblibraryguard.h"
 #include "library/zbtracksorter.h"
 #include "predicate/zbtextfold.h"
 #include "util/zbadditionalmethods.h"
@@ -403,6 +404,8 @@ const ZBPredicate &ZBLibraryController::cachedPredicate(const QString &request) 
 
 ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPredicate &predicate)
 {
+    // Fills the tracks' folded texts.
+    ZBLibraryGuard::willWrite();
     const ZBItemFilter filter(predicate);
     ZBItemList matches;
     // Filtering a whole library waits on memory more than it computes; two
@@ -412,14 +415,20 @@ ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPre
     if (items.size() < ParallelFrom || QThread::idealThreadCount() < 2)
     {
         filter.filter(items.constData(), items.constData() + items.size(), matches);
-        return matches;
+        return ZBLibraryGuard::cancelled() ? ZBItemList() : matches;
     }
     ZBItem *const *begin = items.constData();
     ZBItem *const *middle = begin + items.size() / 2;
     ZBItemList secondMatches;
-    std::thread worker([&]() { filter.filter(middle, begin + items.size(), secondMatches); });
+    const std::atomic<bool> *cancel = ZBLibraryGuard::currentFlag();
+    std::thread worker([&]() {
+        const ZBLibraryGuard::ReadScope scope(cancel);
+        filter.filter(middle, begin + items.size(), secondMatches);
+    });
     filter.filter(begin, middle, matches);
     worker.join();
+    if (ZBLibraryGuard::cancelled())
+        return {};
     matches.append(secondMatches);
     return matches;
 }
@@ -431,6 +440,7 @@ ZBItemList ZBLibraryController::itemsMatching(const QString &request) const
     // or one of the values the request reads changes (so a play, which moves
     // counts and dates, leaves "Video" alone). A request reading through a
     // relationship is dropped by any change.
+    ZBLibraryGuard::willWrite();
     const ZBPredicate &predicate = cachedPredicate(request);
     quint32 bits = 0;
     const quint64 generation = valueBitsRead(predicate.root(), &bits) ? m_context.itemGeneration(bits, true)
@@ -439,6 +449,9 @@ ZBItemList ZBLibraryController::itemsMatching(const QString &request) const
     if (kept != m_lists.cend() && kept->first == generation)
         return kept->second;
     ZBItemList matches = filterItems(m_context.items(), predicate);
+    // Part of an answer is never kept.
+    if (ZBLibraryGuard::cancelled())
+        return {};
     if (m_lists.size() > 64)
         m_lists.clear();
     m_lists.insert(request, {generation, matches});
@@ -558,6 +571,8 @@ ZBItemList ZBLibraryController::getItemsOrderForPlaylist(const ZBPlaylist *playl
 {
     if (!playlist || playlist->InternalItemsOrder().isEmpty())
         return tracks;
+    // The lookups below may rebuild the context's indexes.
+    ZBLibraryGuard::willWrite();
     const std::optional<QStringList> uuids = decodeItemsOrder(playlist->InternalItemsOrder());
     if (!uuids)
         return {};
@@ -565,9 +580,11 @@ ZBItemList ZBLibraryController::getItemsOrderForPlaylist(const ZBPlaylist *playl
     ZBItemList result;
     result.reserve(tracks.size());
     QSet<ZBItem *> remaining(tracks.cbegin(), tracks.cend());
-    for (const QString &uuid : *uuids)
+    for (qsizetype i = 0; i < uuids->size(); ++i)
     {
-        ZBItem *item = itemByUUID(uuid);
+        if ((i & 1023) == 0 && ZBLibraryGuard::cancelled())
+            return {};
+        ZBItem *item = itemByUUID(uuids->at(i));
         if (item && remaining.remove(item))
             result.append(item);
     }

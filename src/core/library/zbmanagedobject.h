@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+#include "library/zblibraryguard.h"
+
 class ZBObjectContext;
 
 // A record of the library graph. Setters report to the owning context, which
@@ -16,6 +18,10 @@ public:
     // a pointer (a playback list, a table) can still read it but must skip it.
     bool isDeleted() const { return m_deleted; }
     ZBObjectContext *context() const { return m_context; }
+
+    // Setters call this before they write: a background read of the library
+    // must be out of the way first.
+    static void willChange() { ZBLibraryGuard::willWrite(); }
 
 protected:
     // `valueBits`: which of a track's values changed (ZBItem::ValueBit); other

@@ -1,5 +1,7 @@
 #include "library/zbobjectcontext.h"
 
+#include "library/zblibraryguard.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QThread>
@@ -163,6 +165,7 @@ std::vector<std::unique_ptr<ZBPlaylist>> ZBObjectContext::readPlaylists(const QS
 
 ZBObjectContext::OpenResult ZBObjectContext::open(const QString &filePath)
 {
+    ZBLibraryGuard::willWrite();
     clear();
     OpenResult result;
     const QFileInfo info(filePath);
@@ -463,26 +466,36 @@ void ZBObjectContext::itemKeyWillChange(ZBItem *item, const QString &key, const 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedUUID(const QString &folded)
 {
     if (m_indexesStale)
+    {
+        ZBLibraryGuard::willWrite();
         rebuildIndexes();
+    }
     return m_byUUID.values(folded);
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedPath(const QString &folded)
 {
     if (m_indexesStale)
+    {
+        ZBLibraryGuard::willWrite();
         rebuildIndexes();
+    }
     return m_byPath.values(folded);
 }
 
 QList<ZBItem *> ZBObjectContext::itemsWithFoldedURL(const QString &folded)
 {
     if (m_indexesStale)
+    {
+        ZBLibraryGuard::willWrite();
         rebuildIndexes();
+    }
     return m_byURL.values(folded);
 }
 
 ZBItem *ZBObjectContext::insertItem()
 {
+    ZBLibraryGuard::willWrite();
     ZBItem *item = adopt(std::make_unique<ZBItem>(), m_items, m_nextRowId);
     objectDidChange(item, 0);
     changed(ZBItem::AllValues, true, false);
@@ -491,6 +504,7 @@ ZBItem *ZBObjectContext::insertItem()
 
 ZBPlaylist *ZBObjectContext::insertPlaylist()
 {
+    ZBLibraryGuard::willWrite();
     ZBPlaylist *playlist = adopt(std::make_unique<ZBPlaylist>(), m_playlists, m_nextRowId);
     objectDidChange(playlist);
     return playlist;
@@ -498,6 +512,7 @@ ZBPlaylist *ZBObjectContext::insertPlaylist()
 
 ZBType *ZBObjectContext::insertType()
 {
+    ZBLibraryGuard::willWrite();
     ZBType *type = adopt(std::make_unique<ZBType>(), m_types, m_nextRowId);
     objectDidChange(type);
     return type;
@@ -505,6 +520,7 @@ ZBType *ZBObjectContext::insertType()
 
 ZBResources *ZBObjectContext::insertResource(ZBItem *owner)
 {
+    ZBLibraryGuard::willWrite();
     ZBResources *resource = adopt(std::make_unique<ZBResources>(), m_resources, m_nextRowId);
     resource->m_item = owner;
     if (owner)
@@ -515,6 +531,7 @@ ZBResources *ZBObjectContext::insertResource(ZBItem *owner)
 
 ZBBaseEntity *ZBObjectContext::insertBaseEntity()
 {
+    ZBLibraryGuard::willWrite();
     ZBBaseEntity *entity = adopt(std::make_unique<ZBBaseEntity>(), m_baseEntities, m_nextRowId);
     objectDidChange(entity);
     return entity;
@@ -522,6 +539,7 @@ ZBBaseEntity *ZBObjectContext::insertBaseEntity()
 
 void ZBObjectContext::deleteItem(ZBItem *item)
 {
+    ZBLibraryGuard::willWrite();
     if (!item || item->m_deleted)
         return;
     const QList<ZBPlaylist *> playlists = item->Playlist();
@@ -553,6 +571,7 @@ void ZBObjectContext::deleteItem(ZBItem *item)
 
 void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)
 {
+    ZBLibraryGuard::willWrite();
     if (!playlist || playlist->m_deleted)
         return;
     for (ZBItem *item : std::as_const(playlist->m_items))
@@ -570,6 +589,7 @@ void ZBObjectContext::deletePlaylist(ZBPlaylist *playlist)
 
 void ZBObjectContext::addMember(ZBPlaylist *playlist, ZBItem *item)
 {
+    ZBLibraryGuard::willWrite();
     if (playlist->m_items.contains(item))
         return;
     playlist->m_items.append(item);
@@ -582,6 +602,7 @@ void ZBObjectContext::addMember(ZBPlaylist *playlist, ZBItem *item)
 
 void ZBObjectContext::removeMember(ZBPlaylist *playlist, ZBItem *item)
 {
+    ZBLibraryGuard::willWrite();
     if (!playlist->m_items.removeOne(item))
         return;
     if (item->m_relations)

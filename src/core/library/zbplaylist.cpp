@@ -14,6 +14,7 @@ void ZBPlaylist::setPlaylistUUID(const QString &value)
 {
     if (sameText(m_PlaylistUUID, value))
         return;
+    willChange();
     m_PlaylistUUID = value;
     didChange();
 }
@@ -22,6 +23,7 @@ void ZBPlaylist::setName(const QString &value)
 {
     if (sameText(m_Name, value))
         return;
+    willChange();
     m_Name = value;
     didChange();
 }
@@ -30,6 +32,7 @@ void ZBPlaylist::setIsSmart(bool value)
 {
     if (m_isSmart == value)
         return;
+    willChange();
     m_isSmart = value;
     didChange();
 }
@@ -38,6 +41,7 @@ void ZBPlaylist::setRequest(const QString &value)
 {
     if (sameText(m_Request, value))
         return;
+    willChange();
     m_Request = value;
     didChange();
 }
@@ -48,6 +52,7 @@ void ZBPlaylist::setGroup(const QString &value)
     const QString group = value.isNull() ? QStringLiteral("User") : value;
     if (m_Group == group)
         return;
+    willChange();
     m_Group = group;
     didChange();
 }
@@ -56,6 +61,7 @@ void ZBPlaylist::setSortField(const QString &value)
 {
     if (sameText(m_SortField, value))
         return;
+    willChange();
     m_SortField = value;
     didChange();
 }
@@ -64,6 +70,7 @@ void ZBPlaylist::setAscend(std::optional<bool> value)
 {
     if (m_Ascend == value)
         return;
+    willChange();
     m_Ascend = value;
     didChange();
 }
@@ -72,6 +79,7 @@ void ZBPlaylist::setSortOrder(std::optional<qint32> value)
 {
     if (m_SortOrder == value)
         return;
+    willChange();
     m_SortOrder = value;
     didChange();
 }
@@ -80,6 +88,7 @@ void ZBPlaylist::setInternalItemsOrder(const QByteArray &value)
 {
     if (m_InternalItemsOrder == value && m_InternalItemsOrder.isNull() == value.isNull())
         return;
+    willChange();
     m_InternalItemsOrder = value;
     didChange();
 }

@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "library/zblibraryguard.h"
 #include "library/zbobjectcontext.h"
 
 namespace
@@ -101,10 +102,26 @@ const std::vector<quint32> *textRanks(ZBObjectContext &context, const QString &k
     keys.reserve(size_t(context.items().size()));
     for (const ZBItem *item : context.items())
     {
+        if ((keys.size() & 1023) == 0 && ZBLibraryGuard::cancelled())
+            return nullptr;
         const QString *text = item->rawText(field);
         keys.emplace_back(collator.sortKey(text ? *text : QString()), item->serial());
     }
-    std::sort(keys.begin(), keys.end(), [](const auto &a, const auto &b) { return a.first.compare(b.first) < 0; });
+    // The sort of a million keys takes long enough that a newer read or a
+    // write must be able to stop it halfway; only a throw leaves std::sort.
+    try
+    {
+        quint32 compared = 0;
+        std::sort(keys.begin(), keys.end(), [&compared](const auto &a, const auto &b) {
+            if ((++compared & 4095) == 0 && ZBLibraryGuard::cancelled())
+                throw ZBLibraryGuard::Cancelled();
+            return a.first.compare(b.first) < 0;
+        });
+    }
+    catch (const ZBLibraryGuard::Cancelled &)
+    {
+        return nullptr;
+    }
     cache.bySerial.assign(context.serialCount(), std::numeric_limits<quint32>::max());
     quint32 rank = 0;
     for (size_t i = 0; i < keys.size(); ++i)
@@ -154,8 +171,13 @@ bool ZBTrackSorter::isInvertedSortKey(const QString &key)
 
 ZBItemList ZBTrackSorter::sort(const ZBItemList &tracks, const QString &key, bool ascend)
 {
+    // Fills the context's kept ranks.
+    ZBLibraryGuard::willWrite();
     if (std::optional<ZBItemList> sorted = fastSort(tracks, key, ascend))
         return *sorted;
+    // Stopped, not unable: the read that asked is dropped anyway.
+    if (ZBLibraryGuard::cancelled())
+        return {};
     return plainSort(tracks, key, ascend);
 }
 
@@ -186,6 +208,8 @@ std::optional<ZBItemList> ZBTrackSorter::fastSort(const ZBItemList &tracks, cons
     quint64 top = 0;
     for (qsizetype i = 0; i < tracks.size(); ++i)
     {
+        if ((i & 4095) == 0 && ZBLibraryGuard::cancelled())
+            return std::nullopt;
         // Each track is a cache miss of its own: start loading ahead.
         if (i + PrefetchDistance < tracks.size())
             __builtin_prefetch(tracks[i + PrefetchDistance]);
@@ -228,6 +252,8 @@ const std::vector<quint32> *ZBTrackSorter::valueRanks(ZBObjectContext &context, 
     qint64 high = Absent;
     for (qsizetype i = 0; i < items.size(); ++i)
     {
+        if ((i & 4095) == 0 && ZBLibraryGuard::cancelled())
+            return nullptr;
         if (i + PrefetchDistance < items.size())
             __builtin_prefetch(items[i + PrefetchDistance]);
         std::optional<qint64> value;
