@@ -162,6 +162,8 @@ bool MainWndController::waitForLibrary()
 {
     startLibraryLoad();
     libraryLoaded();
+    if (m_libraryReady)
+        m_pane->waitForResult();
     return m_libraryReady;
 }
 
@@ -743,10 +745,7 @@ void MainWndController::importFiles(const QStringList &paths, const QString &pla
                     return;
                 // A list or a search that does not hold the file gives way to
                 // "All Tracks", which does.
-                if (m_trackModel->rowOf(first) < 0)
-                    m_pane->selectList(m_library->allTracksUUID());
-                if (const int row = m_trackModel->rowOf(first); row >= 0)
-                    playRow(row);
+                m_pane->playTrack(first);
             });
     m_importer->start(paths);
 }
@@ -1389,6 +1388,5 @@ void MainWndController::playDownloadedItem(const QString &itemUUID)
     if (!item)
         return;
     m_pane->selectList(m_library->allTracksUUID());
-    if (const int row = m_trackModel->rowOf(item); row >= 0)
-        playRow(row);
+    m_pane->playTrack(item);
 }

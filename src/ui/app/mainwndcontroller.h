@@ -55,8 +55,9 @@ public:
     // a thread of its own meanwhile, and its lists fill the window when it is
     // ready. False when the program cannot go on (the user has been told why).
     bool start();
-    // Waits for the library store started by start(); false when it could
-    // not be opened (the user has been told, and the program is quitting).
+    // Waits for the library store started by start() and the first list it
+    // shows; false when it could not be opened (the user has been told, and
+    // the program is quitting).
     bool waitForLibrary();
     bool isLibraryReady() const { return m_libraryReady; }
     // Writes the settings back; called once as the application quits.

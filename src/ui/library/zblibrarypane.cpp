@@ -1,5 +1,6 @@
 #include "ui/library/zblibrarypane.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -13,7 +14,6 @@
 #include "library/zblibrarycontroller.h"
 #include "library/zbplaylist.h"
 #include "library/zbtrackremoval.h"
-#include "library/zbtracksearch.h"
 #include "localization/zblocalizer.h"
 #include "playback/zbmediaprobe.h"
 #include "settings/zbsettings.h"
@@ -83,8 +83,10 @@ ZBLibraryPane::ZBLibraryPane(ZBLibraryController &library, ZBSettings &settings,
     , m_ui(ui)
     , m_treeModel(new ZBLibraryTreeModel(library, this))
     , m_trackModel(new ZBTrackListModel(this))
+    , m_query(new ZBTrackListQuery(library, this))
 {
     m_trackModel->setLibrary(&library);
+    connect(m_query, &ZBTrackListQuery::resultReady, this, &ZBLibraryPane::showResult);
     buildWidgets();
     m_treeModel->reloadLastDownloadsCounters();
     expandHeadings();
@@ -130,12 +132,19 @@ void ZBLibraryPane::buildWidgets()
                 if (!node || node->isHeading() || node->playlistUUID() == m_selectedListUUID)
                     return;
                 m_selectedListUUID = node->playlistUUID();
-                if (!m_searchField->text().isEmpty())
+                m_sortShown = false;
+                {
+                    // One request for the new list, not one for the cleared
+                    // search and another for the list.
+                    const QSignalBlocker blocker(m_searchField);
                     m_searchField->clear();
+                }
                 reloadNode();
                 m_trackTable->clearSelection();
-                if (const int row = m_trackModel->rowOf(m_playback.playingItem()); row >= 0)
-                    m_trackTable->scrollTo(m_trackModel->index(row, 0));
+                whenShown([this]() {
+                    if (const int row = m_trackModel->rowOf(m_playback.playingItem()); row >= 0)
+                        m_trackTable->scrollTo(m_trackModel->index(row, 0));
+                });
                 Q_EMIT selectedListChanged(m_selectedListUUID);
             });
     connect(m_treeModel, &ZBLibraryTreeModel::listRenamed, this, [this](const QString &uuid) {
@@ -191,15 +200,12 @@ void ZBLibraryPane::buildWidgets()
         // The same column again turns the direction; a new one starts
         // ascending (for dates and counts: newest and most first).
         const bool ascend = key == m_trackModel->sortKey() ? !m_trackModel->sortAscending() : true;
-        m_trackModel->sort(column, ZBTrackListModel::indicatorOrder(ascend));
+        m_trackModel->setSortOrder(key, ascend);
         m_trackTable->horizontalHeader()->setSortIndicator(
             ZBTrackListModel::columnOf(m_trackModel->sortKey()),
             ZBTrackListModel::indicatorOrder(m_trackModel->sortAscending()));
-        if (m_mode == ListMode)
-            m_currentList = m_trackModel->tracks();
-        else
-            m_searchList = m_trackModel->tracks();
-        m_playback.setCurrentList(m_trackModel->tracks(), m_mode == ListMode ? m_selectedListUUID : QString());
+        m_sortShown = true;
+        requestTracks();
     });
     // Columns are shown and hidden from the header's own menu.
     header->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -298,18 +304,64 @@ void ZBLibraryPane::showTracks(const ZBItemList &tracks)
 
 void ZBLibraryPane::reloadNode()
 {
-    m_currentList = m_treeModel->tree().tracksForList(m_selectedListUUID, m_trackModel->sortKey(),
-                                                      m_trackModel->sortAscending());
-    if (m_mode == SearchMode)
+    // Counted first: a count after the request would stop its read.
+    m_treeModel->reloadLastDownloadsCounters();
+    requestTracks();
+}
+
+void ZBLibraryPane::requestTracks()
+{
+    ZBTrackListQuery::Request request;
+    request.listUUID = m_selectedListUUID;
+    request.sortKey = m_trackModel->sortKey();
+    request.ascend = m_trackModel->sortAscending();
+    request.search = m_searchField->text();
+    request.sortAnyway = m_sortShown;
+    m_query->request(request);
+}
+
+void ZBLibraryPane::showResult(const ZBTrackListQuery::Result &result)
+{
+    m_currentList = result.list;
+    if (result.request.search.isEmpty())
     {
-        m_searchList = ZBTrackSearch::filter(m_currentList, m_searchField->text());
-        showTracks(m_searchList);
+        m_mode = ListMode;
+        m_searchList.clear();
     }
     else
     {
-        showTracks(m_currentList);
+        m_mode = SearchMode;
+        m_searchList = result.shown;
     }
-    m_treeModel->reloadLastDownloadsCounters();
+    showTracks(result.shown);
+    for (const std::function<void()> &action : std::exchange(m_whenShown, {}))
+        action();
+}
+
+void ZBLibraryPane::whenShown(std::function<void()> action)
+{
+    if (m_query->isPending())
+        m_whenShown.push_back(std::move(action));
+    else
+        action();
+}
+
+void ZBLibraryPane::waitForResult()
+{
+    while (m_query->isPending())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+}
+
+void ZBLibraryPane::playTrack(ZBItem *track)
+{
+    whenShown([this, track]() {
+        if (m_trackModel->rowOf(track) < 0)
+            selectList(m_library.allTracksUUID());
+        whenShown([this, track]() {
+            if (const int row = m_trackModel->rowOf(track); row >= 0)
+                Q_EMIT playRequested(row);
+        });
+    });
 }
 
 void ZBLibraryPane::setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview)
@@ -337,18 +389,9 @@ void ZBLibraryPane::reloadTree()
     selectList(selected);
 }
 
-void ZBLibraryPane::search(const QString &text)
+void ZBLibraryPane::search(const QString &)
 {
-    if (text.isEmpty())
-    {
-        m_mode = ListMode;
-        m_searchList.clear();
-        showTracks(m_currentList);
-        return;
-    }
-    m_mode = SearchMode;
-    m_searchList = ZBTrackSearch::filter(m_currentList, text);
-    showTracks(m_searchList);
+    requestTracks();
 }
 
 void ZBLibraryPane::focusSearch()
@@ -437,11 +480,13 @@ void ZBLibraryPane::showPlayingTrack()
         const QString source = m_playback.playbackSourceUUID();
         selectList(source.isEmpty() ? m_library.allTracksUUID() : source);
     }
-    const int row = m_trackModel->rowOf(playing);
-    if (row < 0)
-        return;
-    m_trackTable->selectRow(row);
-    m_trackTable->scrollTo(m_trackModel->index(row, 0));
+    whenShown([this, playing]() {
+        const int row = m_trackModel->rowOf(playing);
+        if (row < 0)
+            return;
+        m_trackTable->selectRow(row);
+        m_trackTable->scrollTo(m_trackModel->index(row, 0));
+    });
 }
 
 void ZBLibraryPane::removeSelectedList()
@@ -510,8 +555,11 @@ void ZBLibraryPane::removeSelectedTracks()
 
     if (fromPlaylist)
     {
-        for (const ZBItem *item : selection)
+        for (ZBItem *item : selection)
+        {
             m_library.removeItemWithUUID(item->ItemUUID(), playlist);
+            m_currentList.removeAll(item);
+        }
     }
     else
     {
@@ -537,10 +585,10 @@ void ZBLibraryPane::removeSelectedTracks()
             m_library.removeItemFromLibraryByUUID(item->ItemUUID());
         }
     }
-    reloadNode();
     if (playlist && !playlist->isDeleted() && !playlist->InternalItemsOrder().isEmpty())
         m_library.saveItemsOrderForPlaylist(playlist, m_currentList);
-    selectRowNear(firstRow);
+    reloadNode();
+    whenShown([this, firstRow]() { selectRowNear(firstRow); });
 }
 
 void ZBLibraryPane::setRating(int stars)

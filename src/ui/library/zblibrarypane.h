@@ -6,7 +6,10 @@
 #include <QTableView>
 #include <QTreeView>
 
+#include <functional>
+
 #include "library/zbitem.h"
+#include "library/zbtracklistquery.h"
 
 class ZBLibraryController;
 class ZBLibraryTreeModel;
@@ -52,8 +55,18 @@ public:
     // Selects a list in the source list and shows its tracks.
     void selectList(const QString &playlistUUID);
     // Shows the selected list again from the store (after imports,
-    // removals, edits).
+    // removals, edits). The table follows once the list is worked out, off
+    // this thread; so do selectList() and search().
     void reloadNode();
+    // Whether the table still waits for the answer to the last change of
+    // list, search or sort.
+    bool isLoading() const { return m_query->isPending(); }
+    // Runs the event loop until the table shows the answer; for tests and
+    // tools that drive the pane step by step.
+    void waitForResult();
+    // Plays `track` from the table, showing "All Tracks" first when what is
+    // shown does not hold it.
+    void playTrack(ZBItem *track);
     void reloadTree();
     // Closed while the store is read on another thread: the source list
     // shows the lists of `preview` and the table nothing. Opening shows the
@@ -90,6 +103,11 @@ Q_SIGNALS:
 private:
     void buildWidgets();
     void showTracks(const ZBItemList &tracks);
+    void requestTracks();
+    void showResult(const ZBTrackListQuery::Result &result);
+    // Runs `action` once the table shows the answer to the last request (at
+    // once when it already does).
+    void whenShown(std::function<void()> action);
     void expandHeadings();
     void selectRowNear(int row);
     bool isPlainPlaylist(const QString &playlistUUID) const;
@@ -109,4 +127,9 @@ private:
     ZBItemList m_currentList;
     ZBItemList m_searchList;
     int m_mode = ListMode;
+    ZBTrackListQuery *m_query;
+    // The table's sort applies even to a list's own order until another
+    // list is chosen.
+    bool m_sortShown = false;
+    std::vector<std::function<void()>> m_whenShown;
 };

@@ -194,6 +194,15 @@ Qt::ItemFlags ZBTrackListModel::flags(const QModelIndex &index) const
     return flags;
 }
 
+void ZBTrackListModel::setSortOrder(const QString &key, bool ascend)
+{
+    if (key.isEmpty() || key == u"No")
+        return;
+    m_sortKey = key;
+    m_ascend = ascend;
+    Q_EMIT sortChanged(m_sortKey, m_ascend);
+}
+
 void ZBTrackListModel::sort(int column, Qt::SortOrder order)
 {
     const QString key = columnKey(column);

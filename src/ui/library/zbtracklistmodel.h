@@ -43,6 +43,8 @@ public:
     static QStringList hiddenByDefault();
 
     QString sortKey() const { return m_sortKey; }
+    // The sort the next list is shown in; the rows stay as they are.
+    void setSortOrder(const QString &key, bool ascend);
     bool sortAscending() const { return m_ascend; }
     // The header arrow for a key and direction: dates and counts read
     // "ascending" as newest or most first.

@@ -194,11 +194,13 @@ private Q_SLOTS:
         QCOMPARE(controller.playbackState(), ZBMediaKeyTarget::PlaybackState::Stopped);
 
         // An address handed over is the browser's, not a file to import.
+        controller.libraryPane()->waitForResult();
         const int tracks = controller.trackModel()->rowCount();
         controller.openArguments({QStringLiteral("norvikplayer://http://example.com/a%20b.html")});
         QCOMPARE(controller.lastURL(), QStringLiteral("http://example.com/a b.html"));
         QCOMPARE(controller.mode(), 0);
         controller.switchMode();
+        controller.libraryPane()->waitForResult();
         QCOMPARE(controller.trackModel()->rowCount(), tracks);
 
         // A playlist file opened with the program becomes a list, shown, and
@@ -213,6 +215,7 @@ private Q_SLOTS:
         const QString imported = controller.libraryPane()->selectedListUUID();
         QVERIFY(imported != list);
         QCOMPARE(controller.library()->getPlaylistsFromLibraryByUUID(imported)->Name(), QStringLiteral("Shared"));
+        controller.libraryPane()->waitForResult();
         QCOMPARE(controller.trackModel()->rowCount(), 2);
         QVERIFY(!controller.playback()->isPlaying());
     }

@@ -106,10 +106,12 @@ void TestZBLibraryPane::init()
                                           QDateTime::currentDateTimeUtc(), QDateTime(), QString());
     }
     m_pane = std::make_unique<ZBLibraryPane>(*m_library, m_settings, *m_playback, m_ui);
+    m_pane->waitForResult();
 }
 
 void TestZBLibraryPane::selectRows(const QList<int> &rows)
 {
+    m_pane->waitForResult();
     m_pane->trackTable()->clearSelection();
     for (const int row : rows)
         m_pane->trackTable()->selectionModel()->select(m_pane->trackModel()->index(row, 0),
@@ -118,6 +120,7 @@ void TestZBLibraryPane::selectRows(const QList<int> &rows)
 
 QStringList TestZBLibraryPane::shownNames() const
 {
+    m_pane->waitForResult();
     QStringList names;
     for (const ZBItem *item : m_pane->trackModel()->tracks())
         names << item->Name();
@@ -180,6 +183,7 @@ void TestZBLibraryPane::removingAsksUnlessToldNotTo()
     // An empty list goes without a question.
     m_pane->addPlaylistWithItems({});
     m_pane->removeSelectedList();
+    m_pane->waitForResult();
     QVERIFY(m_ui.asked.isEmpty());
     const ZBItemList two = m_pane->trackModel()->tracks().mid(0, 2);
     m_pane->addPlaylistWithItems(two);
@@ -303,6 +307,7 @@ void TestZBLibraryPane::searchAndSortChooseWhatIsShown()
     QCOMPARE(shownNames(), QStringList{"echo"});
     QCOMPARE(m_playback->currentList(), m_pane->trackModel()->tracks());
     m_pane->searchField()->clear();
+    m_pane->waitForResult();
     QCOMPARE(m_pane->mode(), int(ZBLibraryPane::ListMode));
 
     m_pane->trackModel()->trackAt(0)->setPlayCountValue(3);
