@@ -8,7 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QElapsedTimer>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -18,18 +17,14 @@
 #include <string_view>
 #include <vector>
 
+#include "benchlibrary.h"
 #include "library/zblibrarycontroller.h"
 #include "predicate/zbpredicate.h"
 #include "predicate/zbtextfold.h"
-#include "util/zbadditionalmethods.h"
 
 namespace
 {
 int LibrarySize = 100000;
-
-const char *const Words[] = {"Summer", "Night",  "Café",   "Robot", "River", "Ocean",  "Dragon", "Space",
-                             "Éclair", "Garden", "Winter", "Cat",   "Movie", "Trailer", "Demo",  "Party"};
-const char *const Types[] = {"mp4", "mkv", "avi", "mov", "swf", "flv", "wmv", "exe", "rm", "mpg", "webm", "xap"};
 
 struct Row
 {
@@ -68,39 +63,6 @@ double medianMs(int runs, const std::function<void()> &work)
     return times[times.size() / 2];
 }
 
-// Fills the library in one transaction: how the library got this big is not
-// what is measured.
-void populate(ZBLibraryController &library)
-{
-    QRandomGenerator random(20261123);
-    ZBObjectContext *context = library.managedObjectContext();
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    ZBPlaylist *favourites =
-        library.playlistByUUID(library.addPlaylistToLibraryByName(QStringLiteral("Favourites"), "Name", true, 200));
-    for (int i = 0; i < LibrarySize; ++i)
-    {
-        const QString name = QStringLiteral("%1 %2 %3")
-                                 .arg(QString::fromUtf8(Words[random.bounded(16)]),
-                                      QString::fromUtf8(Words[random.bounded(16)]))
-                                 .arg(i);
-        const QString type = QString::fromLatin1(Types[random.bounded(12)]);
-        ZBItem *item = context->insertItem();
-        item->setItemUUID(ZBAdditionalMethods::generateUUID());
-        item->setName(name);
-        item->setPath(QStringLiteral("/home/user/Videos/%1/%2.%3").arg(i % 97).arg(name, type));
-        item->setURL(i % 4 == 0 ? QStringLiteral("http://media.example/%1.%2").arg(i).arg(type) : QStringLiteral(""));
-        item->setType(type);
-        item->setRatingValue(random.bounded(6));
-        item->setLengthValue(random.bounded(7200));
-        item->setPlayCountValue(random.bounded(50));
-        item->setAdded(now.addSecs(-random.bounded(90 * 86400)));
-        if (i % 3 == 0)
-            item->setLastPlayed(now.addSecs(-random.bounded(30 * 86400)));
-        if (i % 50 == 0)
-            context->addMember(favourites, item);
-    }
-    library.save();
-}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -139,7 +101,7 @@ int main(int argc, char *argv[])
         library.initLibrary();
         QElapsedTimer timer;
         timer.start();
-        populate(library);
+        nvkbench::populateLibrary(library, LibrarySize);
         std::printf("built a library of %d tracks in %.1f s (VmHWM so far %.1f MB)\n", LibrarySize,
                     double(timer.elapsed()) / 1000.0, double(statusKb("VmHWM:")) / 1024.0);
     }
@@ -260,13 +222,7 @@ int main(int argc, char *argv[])
                             .arg(playedMs, 0, 'f', 1)});
     }
 
-    const QString fiveRules = QStringLiteral(
-        "(Name CONTAINS[CD] 'night') AND (Rating > 2) AND (PlayCount < 40) AND (Added > CAST(%1, 'NSDate')) AND "
-        "(Type BEGINSWITH[CD] 'm')")
-                                  .arg(ZBPredicate::referenceSecondsFromDate(
-                                           QDateTime::currentDateTimeUtc().addDays(-60)),
-                                       0, 'f', 6);
-    const QString smartUUID = library.addSmartListWithName("Five rules", fiveRules, "User", "Name", false, 200);
+    const QString smartUUID = nvkbench::addFiveRuleList(library);
     {
         const ZBPlaylist *list = library.playlistByUUID(smartUUID);
         qsizetype count = 0;

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+
+class ZBLibraryController;
+
+namespace nvkbench
+{
+// Fills an open library with `size` generated tracks in one transaction
+// (names of two words and a number, a dozen types, a quarter with a URL,
+// every fiftieth in the plain playlist "Favourites"); the same tracks every
+// run.
+void populateLibrary(ZBLibraryController &library, int size);
+// A user smart list of five rules over those tracks; its UUID.
+QString addFiveRuleList(ZBLibraryController &library);
+} // namespace nvkbench
