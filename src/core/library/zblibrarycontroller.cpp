@@ -99,6 +99,7 @@ std::vector<std::unique_ptr<ZBPlaylist>> ZBLibraryController::peekPlaylists(cons
 
 ZBObjectContext::OpenResult ZBLibraryController::openStore(const QString &folder)
 {
+    ZBLibraryGuard::willWrite();
     m_predicates.clear();
     m_lists.clear();
     m_allTracksUUID.clear();
@@ -423,6 +424,8 @@ ZBItemList ZBLibraryController::filterItems(const ZBItemList &items, const ZBPre
     const std::atomic<bool> *cancel = ZBLibraryGuard::currentFlag();
     std::thread worker([&]() {
         const ZBLibraryGuard::ReadScope scope(cancel);
+        if (cancel)
+            ZBLibraryGuard::lowerThreadPriority();
         filter.filter(middle, begin + items.size(), secondMatches);
     });
     filter.filter(begin, middle, matches);

@@ -1,8 +1,13 @@
 #include "library/zblibraryguard.h"
 
+#include <cerrno>
+
 #include <algorithm>
 #include <mutex>
 #include <vector>
+
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace
 {
@@ -24,6 +29,20 @@ ZBLibraryGuard::ReadScope::ReadScope(const std::atomic<bool> *flag)
 ZBLibraryGuard::ReadScope::~ReadScope()
 {
     t_flag = m_previous;
+}
+
+void ZBLibraryGuard::lowerThreadPriority()
+{
+    // A background read takes a whole core for as long as it runs; the GUI
+    // thread must win whenever both want one, or the window stutters on a
+    // busy machine. Linux keeps a nice value per thread; it cannot be raised
+    // again without privileges, so only threads that read and nothing else
+    // call this.
+    constexpr int ReadNice = 10;
+    errno = 0;
+    const int nice = getpriority(PRIO_PROCESS, 0);
+    if (errno == 0 && nice < ReadNice)
+        setpriority(PRIO_PROCESS, 0, ReadNice);
 }
 
 void ZBLibraryGuard::willWrite()

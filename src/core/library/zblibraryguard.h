@@ -50,6 +50,9 @@ public:
     // The flag of the read on this thread, for helper threads it starts.
     static const std::atomic<bool> *currentFlag();
     static bool inRead() { return currentFlag() != nullptr; }
+    // Lets every other thread of the process go first; for threads that
+    // only read.
+    static void lowerThreadPriority();
 
     static void addReader(Reader *reader);
     static void removeReader(Reader *reader);

@@ -247,6 +247,25 @@ ZBItemList ZBLibraryTree::tracksForList(const QString &playlistUUID, const QStri
     return ZBLibraryController::sortList(tracks, sortKey, ascend);
 }
 
+QStringList ZBLibraryTree::countedLists()
+{
+    QStringList uuids;
+    ZBNode *downloads = rootItem(DownloadsRoot);
+    for (int c = 0; c < downloads->numberOfChildren(); ++c)
+    {
+        const ZBNode *node = downloads->childAtIndex(c);
+        if (node->Name() == u"Today" || node->Name() == u"Last week" || node->Name() == u"Last month")
+            uuids << node->playlistUUID();
+    }
+    return uuids;
+}
+
+void ZBLibraryTree::setListCount(const QString &playlistUUID, int count)
+{
+    if (ZBNode *node = nodeForPlaylist(playlistUUID))
+        node->setItemsCount(count);
+}
+
 void ZBLibraryTree::reloadLastDownloadsCounters()
 {
     if (!m_libraryOpen)

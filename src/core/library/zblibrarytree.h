@@ -79,6 +79,10 @@ public:
     // Counts the tracks of "Today", "Last week" and "Last month" into their
     // nodes; the other nodes keep 0.
     void reloadLastDownloadsCounters();
+    // The lists reloadLastDownloadsCounters() counts, for a count made
+    // elsewhere and handed back through setListCount().
+    QStringList countedLists();
+    void setListCount(const QString &playlistUUID, int count);
 
 private:
     void buildChildren(ZBNode *heading);

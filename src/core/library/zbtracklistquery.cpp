@@ -91,6 +91,7 @@ void ZBTrackListQuery::resume()
 
 void ZBTrackListQuery::run()
 {
+    ZBLibraryGuard::lowerThreadPriority();
     std::unique_lock lock(m_mutex);
     for (;;)
     {
@@ -147,6 +148,8 @@ std::optional<ZBTrackListQuery::Result> ZBTrackListQuery::answer(const Job &job)
         m_keptList = result.list;
     }
     result.shown = ZBTrackSearch::filter(result.list, job.request.search);
+    for (const QString &uuid : job.request.countLists)
+        result.counts << int(m_library.getItemsFromPlaylist(m_library.getPlaylistsFromLibraryByUUID(uuid)).size());
     if (ZBLibraryGuard::cancelled())
         return std::nullopt;
     return result;

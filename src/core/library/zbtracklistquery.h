@@ -38,6 +38,8 @@ public:
         // Sorted by the key even when the list keeps an order of its own:
         // the user clicked a column header.
         bool sortAnyway = false;
+        // Lists whose tracks are only counted (the source list's badges).
+        QStringList countLists;
     };
     struct Result
     {
@@ -46,6 +48,8 @@ public:
         // The list's tracks, and those of them the search text keeps.
         ZBItemList list;
         ZBItemList shown;
+        // The counts of request.countLists, in order.
+        QList<int> counts;
     };
 
     explicit ZBTrackListQuery(ZBLibraryController &library, QObject *parent = nullptr);

@@ -88,13 +88,14 @@ ZBLibraryPane::ZBLibraryPane(ZBLibraryController &library, ZBSettings &settings,
     m_trackModel->setLibrary(&library);
     connect(m_query, &ZBTrackListQuery::resultReady, this, &ZBLibraryPane::showResult);
     buildWidgets();
-    m_treeModel->reloadLastDownloadsCounters();
     expandHeadings();
     selectList(m_library.allTracksUUID());
 }
 
 ZBLibraryPane::~ZBLibraryPane()
 {
+    // No read of the library may outlive the pane that asked for it.
+    delete m_query;
     // The widgets belong to the window, which may outlive or predecease the
     // pane; only what is still here is deleted.
     delete m_sourceList.data();
@@ -304,8 +305,6 @@ void ZBLibraryPane::showTracks(const ZBItemList &tracks)
 
 void ZBLibraryPane::reloadNode()
 {
-    // Counted first: a count after the request would stop its read.
-    m_treeModel->reloadLastDownloadsCounters();
     requestTracks();
 }
 
@@ -317,6 +316,9 @@ void ZBLibraryPane::requestTracks()
     request.ascend = m_trackModel->sortAscending();
     request.search = m_searchField->text();
     request.sortAnyway = m_sortShown;
+    // The download lists' badges are counted with the list: after a change
+    // each count reads the whole library.
+    request.countLists = m_treeModel->tree().countedLists();
     m_query->request(request);
 }
 
@@ -334,6 +336,7 @@ void ZBLibraryPane::showResult(const ZBTrackListQuery::Result &result)
         m_searchList = result.shown;
     }
     showTracks(result.shown);
+    m_treeModel->setListCounts(result.request.countLists, result.counts);
     for (const std::function<void()> &action : std::exchange(m_whenShown, {}))
         action();
 }

@@ -44,6 +44,16 @@ void ZBLibraryTreeModel::reloadLastDownloadsCounters()
         Q_EMIT dataChanged(index(0, 0, downloads), index(rows - 1, 0, downloads), {Qt::DisplayRole, CountRole});
 }
 
+void ZBLibraryTreeModel::setListCounts(const QStringList &playlistUUIDs, const QList<int> &counts)
+{
+    for (qsizetype i = 0; i < playlistUUIDs.size() && i < counts.size(); ++i)
+        m_tree.setListCount(playlistUUIDs.at(i), counts.at(i));
+    const QModelIndex downloads = rootIndex(ZBLibraryTree::DownloadsRoot);
+    const int rows = rowCount(downloads);
+    if (rows > 0)
+        Q_EMIT dataChanged(index(0, 0, downloads), index(rows - 1, 0, downloads), {Qt::DisplayRole, CountRole});
+}
+
 QStringList ZBLibraryTreeModel::localFiles(const QMimeData *data)
 {
     QStringList paths;

@@ -37,6 +37,8 @@ public:
     void reloadLastDownloadsCounters();
     // The lists of `preview` only until the store is read (see ZBLibraryTree).
     void setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlaylist>> preview = {});
+    // Counts of lists made elsewhere (by the track list query).
+    void setListCounts(const QStringList &playlistUUIDs, const QList<int> &counts);
 
     ZBNode *nodeAt(const QModelIndex &index) const;
     QModelIndex indexForPlaylist(const QString &playlistUUID);
