@@ -61,6 +61,12 @@ quint64 ZBTrackListQuery::request(const Request &request)
     return serial;
 }
 
+bool ZBTrackListQuery::isReading()
+{
+    std::lock_guard lock(m_mutex);
+    return m_running;
+}
+
 void ZBTrackListQuery::holdForWrite()
 {
     if (m_held.load(std::memory_order_acquire))

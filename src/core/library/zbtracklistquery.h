@@ -59,6 +59,8 @@ public:
     quint64 request(const Request &request);
     // True from a request until its answer (or a newer one's) is delivered.
     bool isPending() const { return m_delivered != m_latest; }
+    // True while a read runs on the query's thread.
+    bool isReading();
 
 Q_SIGNALS:
     void resultReady(const ZBTrackListQuery::Result &result);
