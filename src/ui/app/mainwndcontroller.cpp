@@ -1353,10 +1353,8 @@ void MainWndController::buildBrowser()
     m_web = std::make_unique<ZBWebController>(m_library.get(), m_settings.get(), m_layout, m_led, m_notifications,
                                               std::move(hooks));
     connect(m_web.get(), &ZBWebController::playRequested, this, &MainWndController::playDownloadedItem);
-    connect(m_web.get(), &ZBWebController::libraryChanged, this, [this]() {
-        reloadTrackList();
-        m_pane->treeModel()->reloadLastDownloadsCounters();
-    });
+    // The download lists' badges are counted with the list.
+    connect(m_web.get(), &ZBWebController::libraryChanged, this, [this]() { reloadTrackList(); });
     connect(m_web.get(), &ZBWebController::stateChanged, this, [this]() {
         if (m_validator)
             m_validator->scheduleValidation();

@@ -23,8 +23,9 @@ void ZBLibraryTreeModel::reloadTree()
         return;
     beginResetModel();
     m_library.save();
+    const QHash<QString, int> counts = listCounts();
     m_tree.rootItemReload();
-    m_tree.reloadLastDownloadsCounters();
+    restoreListCounts(counts);
     endResetModel();
 }
 
@@ -42,6 +43,25 @@ void ZBLibraryTreeModel::reloadLastDownloadsCounters()
     const int rows = rowCount(downloads);
     if (rows > 0)
         Q_EMIT dataChanged(index(0, 0, downloads), index(rows - 1, 0, downloads), {Qt::DisplayRole, CountRole});
+}
+
+QHash<QString, int> ZBLibraryTreeModel::listCounts()
+{
+    QHash<QString, int> counts;
+    for (const QString &uuid : m_tree.countedLists())
+    {
+        if (const ZBNode *node = m_tree.nodeForPlaylist(uuid))
+            counts.insert(uuid, node->itemsCount());
+    }
+    return counts;
+}
+
+void ZBLibraryTreeModel::restoreListCounts(const QHash<QString, int> &counts)
+{
+    // Counting again would read the whole library on this thread; the next
+    // list shown brings fresh counts.
+    for (auto it = counts.cbegin(); it != counts.cend(); ++it)
+        m_tree.setListCount(it.key(), it.value());
 }
 
 void ZBLibraryTreeModel::setListCounts(const QStringList &playlistUUIDs, const QList<int> &counts)
@@ -166,8 +186,9 @@ bool ZBLibraryTreeModel::setData(const QModelIndex &index, const QVariant &value
         return false;
     // Renaming rebuilds the tree, so the view must start over.
     beginResetModel();
+    const QHash<QString, int> counts = listCounts();
     const bool renamed = m_tree.renameList(uuid, name);
-    m_tree.reloadLastDownloadsCounters();
+    restoreListCounts(counts);
     endResetModel();
     if (renamed)
         Q_EMIT listRenamed(uuid);

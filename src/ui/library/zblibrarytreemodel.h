@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractItemModel>
+#include <QHash>
 
 #include "library/zblibrarytree.h"
 
@@ -66,6 +67,10 @@ Q_SIGNALS:
     void tracksDropped(const QStringList &trackUUIDs, const QString &playlistUUID);
 
 private:
+    // The download lists' badges across a rebuild of the tree.
+    QHash<QString, int> listCounts();
+    void restoreListCounts(const QHash<QString, int> &counts);
+
     ZBLibraryController &m_library;
     // Mutable: headings and lists are read from the store on first request.
     mutable ZBLibraryTree m_tree;
