@@ -2,6 +2,8 @@
 
 #include "library/zblibraryguard.h"
 
+#include <algorithm>
+
 #include "predicate/zbpredicateevaluator.h"
 
 namespace
@@ -255,20 +257,26 @@ void ZBItemFilter::filter(ZBItem *const *begin, ZBItem *const *end, ZBItemList &
     // few places ahead, the object first and what it points to once there.
     constexpr std::ptrdiff_t Distance = 8;
     const std::ptrdiff_t count = end - begin;
-    for (std::ptrdiff_t i = 0; i < count; ++i)
+    // A read on a background thread gives way to a newer one or to a write
+    // between two chunks (the caller then drops what is here); the scan of a
+    // chunk stays free of calls out.
+    constexpr std::ptrdiff_t Chunk = 4096;
+    for (std::ptrdiff_t from = 0; from < count; from += Chunk)
     {
-        // A read on a background thread gives way to a newer one or to a
-        // write; the caller then drops what is here.
-        if ((i & 4095) == 0 && ZBLibraryGuard::cancelled())
+        if (ZBLibraryGuard::cancelled())
             return;
-        if (i + 2 * Distance < count)
+        const std::ptrdiff_t to = std::min(count, from + Chunk);
+        for (std::ptrdiff_t i = from; i < to; ++i)
         {
-            __builtin_prefetch(begin[i + 2 * Distance]);
-            __builtin_prefetch(reinterpret_cast<const char *>(begin[i + 2 * Distance]) + 64);
+            if (i + 2 * Distance < count)
+            {
+                __builtin_prefetch(begin[i + 2 * Distance]);
+                __builtin_prefetch(reinterpret_cast<const char *>(begin[i + 2 * Distance]) + 64);
+            }
+            if (i + Distance < count)
+                begin[i + Distance]->ZBItem::prefetch();
+            if (evaluate(0, *begin[i]))
+                out.append(begin[i]);
         }
-        if (i + Distance < count)
-            begin[i + Distance]->ZBItem::prefetch();
-        if (evaluate(0, *begin[i]))
-            out.append(begin[i]);
     }
 }
