@@ -42,7 +42,7 @@
 #include <vector>
 
 #include "benchlibrary.h"
-#include "engines/flash/zbflashview.h"
+#include "app/zbmediamoduleloader.h"
 #include "library/zblibrarycontroller.h"
 #include "ui/app/mainwndcontroller.h"
 #include "ui/library/zblibrarypane.h"
@@ -287,7 +287,7 @@ int main(int argc, char *argv[])
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(temporary.filePath(QStringLiteral("config"))));
     qputenv("XDG_CACHE_HOME", QFile::encodeName(temporary.filePath(QStringLiteral("cache"))));
 
-    ZBFlashView::prepareApplication();
+    ZBMediaModuleLoader::prepareApplication();
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quillon Software"));
     QCoreApplication::setApplicationName(QStringLiteral("Norvik Player"));

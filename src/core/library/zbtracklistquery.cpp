@@ -61,6 +61,22 @@ quint64 ZBTrackListQuery::request(const Request &request)
     return serial;
 }
 
+void ZBTrackListQuery::drop()
+{
+    {
+        std::unique_lock lock(m_mutex);
+        m_next.reset();
+        if (m_running)
+        {
+            m_cancel = true;
+            m_stoppedByWrite = false;
+            m_idle.wait(lock, [this]() { return !m_running; });
+        }
+    }
+    // Answers already on their way carry an older serial now.
+    m_delivered = ++m_latest;
+}
+
 bool ZBTrackListQuery::isReading()
 {
     std::lock_guard lock(m_mutex);

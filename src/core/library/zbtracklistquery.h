@@ -57,6 +57,10 @@ public:
 
     // The serial the answer will carry.
     quint64 request(const Request &request);
+    // Forgets the queued request and stops the running read, waiting for it,
+    // and no answer made so far is delivered: the library is about to be
+    // read anew on another thread, which no read may meet.
+    void drop();
     // True from a request until its answer (or a newer one's) is delivered.
     bool isPending() const { return m_delivered != m_latest; }
     // True while a read runs on the query's thread.

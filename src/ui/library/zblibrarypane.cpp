@@ -310,6 +310,9 @@ void ZBLibraryPane::reloadNode()
 
 void ZBLibraryPane::requestTracks()
 {
+    // While the store is read on another thread nothing may read it here.
+    if (!m_treeModel->tree().isLibraryOpen())
+        return;
     ZBTrackListQuery::Request request;
     request.listUUID = m_selectedListUUID;
     request.sortKey = m_trackModel->sortKey();
@@ -374,12 +377,13 @@ void ZBLibraryPane::setLibraryOpen(bool open, std::vector<std::unique_ptr<ZBPlay
     expandHeadings();
     if (!open)
     {
+        m_query->drop();
         m_currentList.clear();
         m_searchList.clear();
         showTracks(m_currentList);
         return;
     }
-    m_treeModel->reloadLastDownloadsCounters();
+    // The download badges are counted with the list.
     selectList(selected.isEmpty() ? m_library.allTracksUUID() : selected);
 }
 
