@@ -320,7 +320,19 @@ int main(int argc, char *argv[])
     if (!controller.start())
         return 1;
     controller.window()->resize(1260, 980);
-    std::printf("window started in %.1f ms (the library open included)\n", double(started.nsecsElapsed()) / 1e6);
+    std::printf("window shown in %.1f ms; the library is read behind it\n", double(started.nsecsElapsed()) / 1e6);
+
+    GapRecorder recorder;
+    Driver driver(controller, recorder);
+    // The store is read on its own thread while the window answers; the
+    // window's deferred start (engines, the web view warming up) runs in
+    // these first seconds too. bench_startup is where the first frame is
+    // measured.
+    driver.measure(QStringLiteral("start: the library read, All Tracks shown"), [&controller]() {
+        while (!controller.isLibraryReady())
+            Driver::idle(5);
+    });
+    std::printf("library read and All Tracks shown after %.1f ms\n", double(started.nsecsElapsed()) / 1e6);
 
     ZBLibraryController &library = *controller.library();
     const QString allTracks = library.allTracksUUID();
@@ -332,13 +344,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "the library lacks the lists \"Favourites\" and \"Five rules\" of bench_library\n");
         return 1;
     }
-
-    GapRecorder recorder;
-    Driver driver(controller, recorder);
     std::printf("\n%lld tracks:\n", qlonglong(library.managedObjectContext()->items().size()));
-    // The window's own deferred start (engines, the web view warming up)
-    // runs in these first seconds; bench_startup is where it is measured.
-    driver.measure(QStringLiteral("start: All Tracks shown (deferred start runs)"), []() {});
     Driver::idle(3000);
     driver.measure(QStringLiteral("nothing: the window idle for 1 s"), []() { Driver::idle(1000); });
     driver.typeWord(QStringLiteral("dragon"));
