@@ -69,19 +69,8 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QString keep;
-    for (int i = 1; i < argc; ++i)
-    {
-        const QByteArray arg(argv[i]);
-        if (arg == "--keep" && i + 1 < argc)
-            keep = QString::fromLocal8Bit(argv[++i]);
-        else if (arg.toInt() > 0)
-            LibrarySize = arg.toInt();
-        else
-        {
-            std::fprintf(stderr, "usage: bench_library [tracks] [--keep DIR]\n");
-            return 2;
-        }
-    }
+    if (!nvkbench::parseArguments(argc, argv, "bench_library", &LibrarySize, &keep))
+        return 2;
     QTemporaryDir temporary;
     // The player's data folder is <XDG_DATA_HOME>/<organisation>/<application>.
     const QString folder = keep.isEmpty()

@@ -266,19 +266,8 @@ int main(int argc, char *argv[])
 {
     int size = 1000000;
     QString keep;
-    for (int i = 1; i < argc; ++i)
-    {
-        const QByteArray arg(argv[i]);
-        if (arg == "--keep" && i + 1 < argc)
-            keep = QString::fromLocal8Bit(argv[++i]);
-        else if (arg.toInt() > 0)
-            size = arg.toInt();
-        else
-        {
-            std::fprintf(stderr, "usage: bench_librarywindow [tracks] [--keep DIR]\n");
-            return 2;
-        }
-    }
+    if (!nvkbench::parseArguments(argc, argv, "bench_librarywindow", &size, &keep))
+        return 2;
     // Nothing of the user's is read or written: the data folder is the kept
     // one or a temporary one, settings and caches always temporary.
     QTemporaryDir temporary;

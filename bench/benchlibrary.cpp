@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QRandomGenerator>
 
+#include <cstdio>
+
 #include "library/zblibrarycontroller.h"
 #include "predicate/zbpredicate.h"
 #include "util/zbadditionalmethods.h"
@@ -55,4 +57,22 @@ QString nvkbench::addFiveRuleList(ZBLibraryController &library)
                                            QDateTime::currentDateTimeUtc().addDays(-60)),
                                        0, 'f', 6);
     return library.addSmartListWithName("Five rules", fiveRules, "User", "Name", false, 200);
+}
+
+bool nvkbench::parseArguments(int argc, char *argv[], const char *program, int *tracks, QString *keep)
+{
+    for (int i = 1; i < argc; ++i)
+    {
+        const QByteArray arg(argv[i]);
+        if (arg == "--keep" && i + 1 < argc)
+            *keep = QString::fromLocal8Bit(argv[++i]);
+        else if (arg.toInt() > 0)
+            *tracks = arg.toInt();
+        else
+        {
+            std::fprintf(stderr, "usage: %s [tracks] [--keep DIR]\n", program);
+            return false;
+        }
+    }
+    return true;
 }

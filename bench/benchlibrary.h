@@ -13,4 +13,8 @@ namespace nvkbench
 void populateLibrary(ZBLibraryController &library, int size);
 // A user smart list of five rules over those tracks; its UUID.
 QString addFiveRuleList(ZBLibraryController &library);
+
+// "[tracks] [--keep DIR]", as both library benchmarks take them; false after
+// printing the usage line for `program`.
+bool parseArguments(int argc, char *argv[], const char *program, int *tracks, QString *keep);
 } // namespace nvkbench
