@@ -109,8 +109,12 @@ void TestZBTrackListQuery::answersAreTheDirectPathsAfterSupersededReads()
                          : list == u"smart" ? m_smart
                                             : m_playlist;
     ZBTrackListQuery query(m_library);
-    ZBItem *played = m_library.managedObjectContext()->items().first();
-    played->setPlayCountValue(played->PlayCount().value_or(0) + 1);
+    // A change to each value sorted by below, so that every sort ranks anew.
+    ZBItem *changed = m_library.managedObjectContext()->items().first();
+    changed->setName(changed->Name() + QStringLiteral(" b"));
+    changed->setAdded(changed->Added().addSecs(1));
+    changed->setPlayCountValue(changed->PlayCount().value_or(0) + 1);
+    changed->setLengthValue(changed->Length().value_or(0) + 1);
     // Reads stopped halfway by the next request must leave no part of an
     // answer behind in the library's kept sorts and lists.
     for (const char *key : {"Name", "Added", "PlayCount", "Length"})
