@@ -9,10 +9,14 @@
 
 int main(int argc, char *argv[])
 {
+    ZBFirstPaint::mark("main");
     QApplication app(argc, argv);
+    ZBFirstPaint::mark("application");
     QMainWindow window;
     window.resize(1024, 680);
     ZBFirstPaint firstPaint(&window);
+    ZBFirstPaint::mark("window built");
     window.show();
+    ZBFirstPaint::mark("shown");
     return app.exec();
 }

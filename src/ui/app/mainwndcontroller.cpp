@@ -138,7 +138,9 @@ bool MainWndController::start()
     // wait for it. The lists alone read in a moment, so the source list
     // shows them in the first frame; the rest is read once that is painted.
     m_pane->setLibraryOpen(false, ZBLibraryController::peekPlaylists());
+    ZBFirstPaint::mark("window built");
     m_window->show();
+    ZBFirstPaint::mark("shown");
     m_windowModes->modes().setOnTopMode();
     displayModeChanged();
     m_validator->validateAll();
@@ -211,6 +213,7 @@ void MainWndController::startDeferred()
     m_deferredStarted = true;
     startLibraryLoad();
     startMpris();
+    m_web->openHistory();
     // The media libraries are mapped on a thread of their own; the engines
     // are made once they are in memory, so the window keeps answering.
     ZBMediaModuleLoader::preload([guard = QPointer<MainWndController>(this)]() {

@@ -59,6 +59,7 @@ bool ZBFirstPaint::eventFilter(QObject *watched, QEvent *event)
         // The window paints before its children and the frame is flushed
         // after all of them: a zero timer runs once that frame is out.
         QTimer::singleShot(0, this, [this]() {
+            mark("first paint");
             if (qEnvironmentVariableIsSet("NVK_REPORT_FIRST_PAINT"))
             {
                 std::fprintf(stderr, "nvk-first-paint-ms %.1f\n", millisecondsSinceProcessStart());
@@ -68,4 +69,11 @@ bool ZBFirstPaint::eventFilter(QObject *watched, QEvent *event)
         });
     }
     return QObject::eventFilter(watched, event);
+}
+
+void ZBFirstPaint::mark(const char *what)
+{
+    static const bool on = qEnvironmentVariableIsSet("NVK_STARTUP_MARKS");
+    if (on)
+        std::fprintf(stderr, "nvk-mark %6.1f %s\n", millisecondsSinceProcessStart(), what);
 }

@@ -25,6 +25,10 @@ public:
     // Milliseconds since the process started, from the variable's stamp or
     // from the kernel's record of the process.
     static double millisecondsSinceProcessStart();
+    // With NVK_STARTUP_MARKS set, writes "nvk-mark <milliseconds> <what>" to
+    // standard error: where a start spends its time, step by step, the first
+    // paint included.
+    static void mark(const char *what);
 
 Q_SIGNALS:
     // After the first frame has been painted and flushed; emitted once.

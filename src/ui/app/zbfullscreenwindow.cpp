@@ -12,6 +12,7 @@
 #include "library/zbitem.h"
 #include "localization/zblocalizer.h"
 #include "ui/playback/zbplaybackcontroller.h"
+#include "ui/widgets/zbglyphicon.h"
 
 ZBFullScreenWindow::ZBFullScreenWindow(QWidget *parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
@@ -61,10 +62,10 @@ ZBFullscreenControlsWindow::ZBFullscreenControlsWindow(ZBPlaybackController *con
     auto *previous = new QPushButton;
     auto *next = new QPushButton;
     auto *exit = new QPushButton;
-    previous->setIcon(style()->standardIcon(QStyle::SP_MediaSkipBackward));
-    next->setIcon(style()->standardIcon(QStyle::SP_MediaSkipForward));
-    m_play->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
-    exit->setIcon(style()->standardIcon(QStyle::SP_TitleBarNormalButton));
+    previous->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Previous));
+    next->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Next));
+    m_play->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Play));
+    exit->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::ExitFullscreen));
     exit->setObjectName(QStringLiteral("fullscreenExitButton"));
     exit->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("menuExitFullscreen")));
     for (QPushButton *button : {previous, next})
@@ -103,7 +104,7 @@ ZBFullscreenControlsWindow::ZBFullscreenControlsWindow(ZBPlaybackController *con
         m_volume->setValue(volume);
     });
     connect(controller, &ZBPlaybackController::playingStateChanged, this, [this](bool playing) {
-        m_play->setIcon(style()->standardIcon(playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+        m_play->setIcon(ZBGlyphIcon::icon(playing ? ZBGlyphIcon::Pause : ZBGlyphIcon::Play));
     });
     connect(controller, &ZBPlaybackController::timeChanged, this, [this](const QString &, int value, int maximum) {
         if (m_seek->isSliderDown())
@@ -113,7 +114,7 @@ ZBFullscreenControlsWindow::ZBFullscreenControlsWindow(ZBPlaybackController *con
     });
     connect(controller, &ZBPlaybackController::playingItemChanged, this,
             [this](ZBItem *item) { setTrackName(item ? item->Name() : QString()); });
-    m_play->setIcon(style()->standardIcon(controller->isPlaying() ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+    m_play->setIcon(ZBGlyphIcon::icon(controller->isPlaying() ? ZBGlyphIcon::Pause : ZBGlyphIcon::Play));
 
     m_fadeTimer.setInterval(int(ZBControlsFade::TickSeconds * 1000));
     m_fadeTimer.setTimerType(Qt::PreciseTimer);

@@ -18,6 +18,7 @@
 #include "app/zbcontentlayout.h"
 #include "localization/zblocalizer.h"
 #include "ui/playback/zbplayerpanel.h"
+#include "ui/widgets/zbglyphicon.h"
 
 namespace
 {
@@ -61,7 +62,7 @@ ZBMainWindowLayout::ZBMainWindowLayout(QMainWindow *window, ZBPlayerPanel *playe
     m_urlField->setObjectName(QStringLiteral("urlField"));
     m_urlField->lineEdit()->setPlaceholderText(text("urlFieldPlaceholder"));
     m_urlField->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    m_back->setIcon(m_back->style()->standardIcon(QStyle::SP_ArrowBack));
+    m_back->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Back));
     m_back->setObjectName(QStringLiteral("backButton"));
     m_back->setEnabled(false);
     m_back->setAutoRaise(true);
@@ -114,22 +115,17 @@ ZBMainWindowLayout::ZBMainWindowLayout(QMainWindow *window, ZBPlayerPanel *playe
     m_main->setSizes({200, 824});
 
     // Bottom bar: the panes' show/hide buttons, then the modes.
-    m_treeButton = barButton(QStringLiteral("view-sidetree"), QStringLiteral("☰"), QStringLiteral("tooltipCollapseTree"));
-    m_listButton = barButton(QStringLiteral("view-list-details"), QStringLiteral("▤"),
-                             QStringLiteral("tooltipCollapsePlaylist"));
-    m_urlButton = barButton(QStringLiteral("go-jump-locationbar"), QStringLiteral("URL"),
-                            QStringLiteral("tooltipCollapseURL"));
-    m_switchMode = barButton(QStringLiteral("internet-web-browser"), QStringLiteral("⇄"), QString());
-    m_detach = barButton(QStringLiteral("window-new"), QString(), QStringLiteral("tooltipButtonDetach"));
-    m_fullscreen = barButton(QStringLiteral("view-fullscreen"), QString(), QStringLiteral("tooltipButtonFullscreen"));
-    // Fonts rarely carry a glyph for these two: the style's title-bar
-    // pictures say the same.
-    if (m_detach->icon().isNull())
-        m_detach->setIcon(m_detach->style()->standardIcon(QStyle::SP_TitleBarNormalButton));
-    if (m_fullscreen->icon().isNull())
-        m_fullscreen->setIcon(m_fullscreen->style()->standardIcon(QStyle::SP_TitleBarMaxButton));
-    m_hud = barButton(QStringLiteral("configure"), QStringLiteral("HUD"), QStringLiteral("tooltipButtonHUD"));
-    m_onTop = barButton(QStringLiteral("go-top"), QStringLiteral("⤒"), QStringLiteral("tooltipButtonOnTop"));
+    m_treeButton = barButton(QStringLiteral("☰"), QStringLiteral("tooltipCollapseTree"));
+    m_listButton = barButton(QStringLiteral("▤"), QStringLiteral("tooltipCollapsePlaylist"));
+    m_urlButton = barButton(QStringLiteral("URL"), QStringLiteral("tooltipCollapseURL"));
+    m_switchMode = barButton(QStringLiteral("⇄"), QString());
+    // Fonts rarely carry a character for these two.
+    m_detach = barButton(QString(), QStringLiteral("tooltipButtonDetach"));
+    m_detach->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Detach));
+    m_fullscreen = barButton(QString(), QStringLiteral("tooltipButtonFullscreen"));
+    m_fullscreen->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Fullscreen));
+    m_hud = barButton(QStringLiteral("HUD"), QStringLiteral("tooltipButtonHUD"));
+    m_onTop = barButton(QStringLiteral("⤒"), QStringLiteral("tooltipButtonOnTop"));
     for (QToolButton *button : {m_treeButton, m_listButton, m_urlButton, m_detach, m_hud, m_onTop})
         button->setCheckable(true);
     m_switchMode->setObjectName(QStringLiteral("switchModeButton"));
@@ -163,15 +159,10 @@ ZBMainWindowLayout::ZBMainWindowLayout(QMainWindow *window, ZBPlayerPanel *playe
         paneButton(pane)->setChecked(true);
 }
 
-QToolButton *ZBMainWindowLayout::barButton(const QString &iconName, const QString &fallbackText,
-                                           const QString &toolTipKey)
+QToolButton *ZBMainWindowLayout::barButton(const QString &text, const QString &toolTipKey)
 {
     auto *button = new QToolButton;
-    const QIcon icon = QIcon::fromTheme(iconName);
-    if (icon.isNull())
-        button->setText(fallbackText);
-    else
-        button->setIcon(icon);
+    button->setText(text);
     button->setAutoRaise(true);
     if (!toolTipKey.isEmpty())
         button->setToolTip(ZBLocalizer::localizedStringForKey(toolTipKey));

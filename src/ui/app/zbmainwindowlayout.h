@@ -71,7 +71,7 @@ Q_SIGNALS:
 
 private:
     QWidget *paneWidget(Pane pane) const;
-    QToolButton *barButton(const QString &iconName, const QString &fallbackText, const QString &toolTipKey);
+    QToolButton *barButton(const QString &text, const QString &toolTipKey);
 
     QHBoxLayout *m_topBar;
     QSplitter *m_main;

@@ -80,11 +80,8 @@ ZBHUDWindow::ZBHUDWindow(QWidget *parent)
 QToolButton *ZBHUDWindow::addButton(const char *iconName, const char *textKey, const char *toolTipKey)
 {
     auto *button = new QToolButton(this);
-    const QIcon icon = QIcon::fromTheme(QLatin1String(iconName));
-    if (icon.isNull())
-        button->setText(tr_(textKey));
-    else
-        button->setIcon(icon);
+    button->setText(tr_(textKey));
+    button->setProperty("themeIcon", QByteArray(iconName));
     button->setToolTip(tr_(toolTipKey));
     button->setAutoRaise(true);
     return button;
@@ -175,4 +172,22 @@ void ZBHUDWindow::closeEvent(QCloseEvent *event)
     if (event->spontaneous())
         Q_EMIT closed();
     QWidget::closeEvent(event);
+}
+
+void ZBHUDWindow::showEvent(QShowEvent *event)
+{
+    // The theme's pictures are looked up when the panel is first shown, not
+    // when the main window is built: the first lookup loads the theme and the
+    // image plug-ins, which would hold up the window's first frame.
+    if (!m_themeIconsLoaded)
+    {
+        m_themeIconsLoaded = true;
+        for (QToolButton *button : {m_fit, m_stretch, m_oneToOne, m_drag, m_screenshot, m_series})
+        {
+            const QIcon icon = QIcon::fromTheme(QString::fromLatin1(button->property("themeIcon").toByteArray()));
+            if (!icon.isNull())
+                button->setIcon(icon);
+        }
+    }
+    QWidget::showEvent(event);
 }

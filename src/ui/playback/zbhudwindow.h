@@ -54,6 +54,7 @@ Q_SIGNALS:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     QToolButton *addButton(const char *iconName, const char *textKey, const char *toolTipKey);
@@ -68,4 +69,5 @@ private:
     QLabel *m_zoomValue;
     bool m_dragging = false;
     bool m_seriesRunning = false;
+    bool m_themeIconsLoaded = false;
 };

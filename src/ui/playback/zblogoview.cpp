@@ -105,7 +105,12 @@ void ZBLogoView::updateView()
     m_primary->setText(m_primaryText);
     m_button->setText(m_mode == kHide ? m_showText : m_hideText);
     m_button->setHidden(m_button->text().isEmpty());
-    relayout();
+    // While hidden (as when the window is being built) the size is not yet
+    // known: laying out then would pick fonts for a size that is never shown.
+    if (isVisible())
+        relayout();
+    else
+        m_layoutPending = true;
     update();
 }
 
@@ -130,6 +135,13 @@ void ZBLogoView::resizeEvent(QResizeEvent *event)
     relayout();
 }
 
+void ZBLogoView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (m_layoutPending)
+        relayout();
+}
+
 bool ZBLogoView::placeHint(QLabel *label, const QString &text, int top, int width)
 {
     if (text.isEmpty() || width < kMinimumHintWidth)
@@ -147,6 +159,7 @@ bool ZBLogoView::placeHint(QLabel *label, const QString &text, int top, int widt
 
 void ZBLogoView::relayout()
 {
+    m_layoutPending = false;
     const int w = width();
     const int h = height();
     // Everything is sized from one factor, 1.0 at 640x360, so the screen keeps

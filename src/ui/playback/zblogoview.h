@@ -47,6 +47,7 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void relayout();
@@ -64,6 +65,8 @@ private:
     QLabel *m_upHint;
     QLabel *m_bottomHint;
     QPushButton *m_button;
+    // Texts changed while hidden; laid out when shown.
+    bool m_layoutPending = true;
     // Where the accent under the name is painted; empty when there is no room.
     QRect m_accent;
 };

@@ -11,6 +11,7 @@
 #include "settings/zbsettings.h"
 #include "ui/playback/zblogoview.h"
 #include "ui/playback/zbplaybackcontroller.h"
+#include "ui/widgets/zbglyphicon.h"
 
 ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     : QWidget(parent)
@@ -31,9 +32,9 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     m_logo->setPrimaryText(ZBSettings::applicationName());
     m_views->addWidget(m_logo);
 
-    m_previous->setIcon(style()->standardIcon(QStyle::SP_MediaSkipBackward));
-    m_play->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
-    m_next->setIcon(style()->standardIcon(QStyle::SP_MediaSkipForward));
+    m_previous->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Previous));
+    m_play->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Play));
+    m_next->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Next));
     m_previous->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("tooltipButtonPrev")));
     m_play->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("tooltipButtonPlay")));
     m_next->setToolTip(ZBLocalizer::localizedStringForKey(QStringLiteral("tooltipButtonNext")));
@@ -68,7 +69,7 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     transport->addWidget(m_seek, 1);
     transport->addWidget(m_time);
     auto *speaker = new QLabel;
-    speaker->setPixmap(style()->standardIcon(QStyle::SP_MediaVolume).pixmap(16, 16));
+    speaker->setPixmap(ZBGlyphIcon::icon(ZBGlyphIcon::Volume).pixmap(16, 16));
     transport->addWidget(speaker);
     transport->addWidget(m_volume);
 
@@ -128,7 +129,7 @@ void ZBPlayerPanel::showEngine(int engineCode)
 
 void ZBPlayerPanel::updatePlaying(bool playing)
 {
-    m_play->setIcon(style()->standardIcon(playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+    m_play->setIcon(ZBGlyphIcon::icon(playing ? ZBGlyphIcon::Pause : ZBGlyphIcon::Play));
     m_seek->setEnabled(m_controller->playingItem() != nullptr);
     if (playing)
         showEngine(m_controller->currentUsedView());

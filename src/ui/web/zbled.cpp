@@ -12,6 +12,7 @@
 #include "localization/zblocalizer.h"
 #include "ui/app/zbfilemanager.h"
 #include "ui/web/zbledtext.h"
+#include "ui/widgets/zbglyphicon.h"
 
 namespace
 {
@@ -70,20 +71,20 @@ ZBLed::ZBLed(QWidget *parent)
     , m_pages(new QStackedWidget)
     , m_pageStatus(new ZBLedText(LargeText))
     , m_downloadsCounter(new ZBLedText(SmallText))
-    , m_back(makeButton("tooltipButtonLEDBack", QStyle::SP_ArrowBack))
+    , m_back(makeButton("tooltipButtonLEDBack", ZBGlyphIcon::Back))
     , m_trackName(new ZBLedText(LargeText))
     , m_time(new ZBLedText(SmallText))
-    , m_playbackChangePage(makeButton("tooltipButtonLEDChangeView", QStyle::SP_ArrowRight))
+    , m_playbackChangePage(makeButton("tooltipButtonLEDChangeView", ZBGlyphIcon::Forward))
     , m_screenshotCaption(new ZBLedText(LargeText))
     , m_screenshotInfo(new ZBLedText(SmallText))
     , m_openFolder(new QPushButton)
-    , m_screenshotChangePage(makeButton("tooltipButtonLEDChangeView", QStyle::SP_ArrowRight))
-    , m_screenshotCancel(makeButton("tooltipButtonLEDCancel", QStyle::SP_BrowserStop))
+    , m_screenshotChangePage(makeButton("tooltipButtonLEDChangeView", ZBGlyphIcon::Forward))
+    , m_screenshotCancel(makeButton("tooltipButtonLEDCancel", ZBGlyphIcon::Stop))
     , m_downloadCaption(new ZBLedText(SmallText))
     , m_downloadInfo(new ZBLedText(SmallText))
     , m_downloadProgress(new QProgressBar)
-    , m_downloadChangePage(makeButton("tooltipButtonLEDChangeView", QStyle::SP_ArrowRight))
-    , m_downloadCancel(makeButton("tooltipButtonLEDCancel", QStyle::SP_BrowserStop))
+    , m_downloadChangePage(makeButton("tooltipButtonLEDChangeView", ZBGlyphIcon::Forward))
+    , m_downloadCancel(makeButton("tooltipButtonLEDCancel", ZBGlyphIcon::Stop))
 {
     // The panel draws its own background and has round corners.
     setAttribute(Qt::WA_TranslucentBackground);
@@ -283,11 +284,11 @@ void ZBLed::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(panel.adjusted(1, 1, -1, -1), 5, 5);
 }
 
-QToolButton *ZBLed::makeButton(const QString &toolTipKey, int standardIcon)
+QToolButton *ZBLed::makeButton(const QString &toolTipKey, int glyph)
 {
     auto *button = new QToolButton;
     button->setAutoRaise(true);
-    button->setIcon(style()->standardIcon(QStyle::StandardPixmap(standardIcon)));
+    button->setIcon(ZBGlyphIcon::icon(ZBGlyphIcon::Glyph(glyph)));
     button->setIconSize(QSize(14, 14));
     button->setFixedSize(22, 22);
     button->setToolTip(ZBLocalizer::localizedStringForKey(toolTipKey));

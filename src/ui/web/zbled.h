@@ -67,7 +67,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    QToolButton *makeButton(const QString &toolTipKey, int standardIcon);
+    QToolButton *makeButton(const QString &toolTipKey, int glyph);
     void refresh();
 
     ZBLedState m_state;

@@ -64,9 +64,6 @@ ZBWebController::ZBWebController(ZBLibraryController *library, ZBSettings *setti
                                                        StartPagePath, ErrorPagePath))
     , m_model(new ZBDownloadTreeModel(*m_capture, this))
 {
-    const ZBHistory::OpenResult opened = m_history->openStore();
-    if (!opened.message.isEmpty())
-        qWarning().noquote() << opened.message;
     m_capture->setResourceProbe(m_probe.get());
     m_downloads->setDownloadsFolder(settings->option_pathForDownloads);
 
@@ -164,6 +161,17 @@ ZBWebController::~ZBWebController()
 void ZBWebController::setHistoryMenu(QMenu *menu)
 {
     m_historyMenu = menu;
+    if (m_history->isOpen())
+        historyMenuChanged();
+}
+
+void ZBWebController::openHistory()
+{
+    if (m_history->isOpen())
+        return;
+    const ZBHistory::OpenResult opened = m_history->openStore();
+    if (!opened.message.isEmpty())
+        qWarning().noquote() << opened.message;
     historyMenuChanged();
 }
 

@@ -49,8 +49,12 @@ public:
     ~ZBWebController() override;
 
     // The History menu's "Recent Pages" submenu: the pages visited go after
-    // its first two items.
+    // its first two items, once the history is open.
     void setHistoryMenu(QMenu *menu);
+    // Opens the history store (the window shows before it is read) and
+    // fills the History menu. Anything that needs the history earlier
+    // opens it on the way.
+    void openHistory();
     // Makes the web view and shows the start page, once. False, having told
     // the user why, when the web engine cannot be loaded.
     bool ensureStarted();

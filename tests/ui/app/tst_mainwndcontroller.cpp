@@ -1,4 +1,7 @@
+#include <QApplication>
 #include <QDragEnterEvent>
+#include <QFile>
+#include <QIcon>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMimeData>
@@ -20,6 +23,7 @@
 #include "ui/library/zbtracklistmodel.h"
 #include "ui/playback/zblogoview.h"
 #include "ui/playback/zbplaybackcontroller.h"
+#include "ui/widgets/zbstyle.h"
 
 // The window as a user starts it: stores opened, menus built and connected,
 // files handed over on the command line added and played.
@@ -40,8 +44,17 @@ private Q_SLOTS:
     void startsWithMenusAnEmptyListAndTheTutorial()
     {
         ZBSettings::openStore()->remove(QStringLiteral("showTutorial"));
+        // As the player starts it: the window is built and painted without
+        // the icon theme, whose first use loads every image plug-in (the
+        // test platform has no theme of its own: one is named).
+        QIcon::setThemeName(QStringLiteral("hicolor"));
+        QApplication::setStyle(new ZBStyle);
         MainWndController controller;
         QVERIFY(controller.start());
+        QVERIFY(QTest::qWaitForWindowExposed(controller.window()));
+        QFile maps(QStringLiteral("/proc/self/maps"));
+        QVERIFY(maps.open(QIODevice::ReadOnly));
+        QVERIFY(!maps.readAll().contains("/imageformats/"));
         QVERIFY(controller.waitForLibrary());
         QVERIFY(controller.window()->isVisible());
         QCOMPARE(controller.trackModel()->rowCount(), 0);
