@@ -206,6 +206,14 @@ bool ZBTrackSorter::isInvertedSortKey(const QString &key)
     return false;
 }
 
+void ZBTrackSorter::prepare(ZBObjectContext &context, const QString &key)
+{
+    if (isInvertedSortKey(key))
+        valueRanks(context, key);
+    else if (const int field = ZBItem::textFieldIndex(key); field >= 0)
+        textRanks(context, key, field);
+}
+
 ZBItemList ZBTrackSorter::sort(const ZBItemList &tracks, const QString &key, bool ascend)
 {
     // Fills the context's kept ranks.

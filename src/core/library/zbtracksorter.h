@@ -20,6 +20,11 @@ public:
     static ZBItemList plainSort(const ZBItemList &tracks, const QString &key, bool ascend);
     // Dates and counts sort inverted: ascend puts the newest and the most first.
     static bool isInvertedSortKey(const QString &key);
+    // Works out and keeps the places of `key` ahead of the first sort by it.
+    // Only where nothing else reads or writes the library meanwhile (its
+    // reader thread, before the window has it): it neither waits for nor
+    // stops a background read.
+    static void prepare(ZBObjectContext &context, const QString &key);
 
 private:
     static std::optional<ZBItemList> fastSort(const ZBItemList &tracks, const QString &key, bool ascend);

@@ -32,6 +32,7 @@
 #include "engines/unsupported/zbunsupportedengine.h"
 #include "engines/zbflashcontrols.h"
 #include "library/zblibrarycontroller.h"
+#include "library/zbtracksorter.h"
 #include "library/zblibraryimporter.h"
 #include "library/zbplaylist.h"
 #include "library/zbplaylistfile.h"
@@ -152,10 +153,16 @@ void MainWndController::startLibraryLoad()
     if (m_libraryLoadStarted)
         return;
     m_libraryLoadStarted = true;
-    m_libraryLoader = std::thread([this]() {
+    // The table's first answer is sorted; at a million tracks ranking the
+    // names takes a second, which is done here while nothing else has the
+    // library yet.
+    m_libraryLoader = std::thread([this, sortKey = m_trackModel->sortKey()]() {
         m_libraryOpenResult = m_library->openStore();
         if (m_libraryOpenResult.ok)
+        {
             m_library->initLibrary();
+            ZBTrackSorter::prepare(*m_library->managedObjectContext(), sortKey);
+        }
         QMetaObject::invokeMethod(this, &MainWndController::libraryLoaded, Qt::QueuedConnection);
     });
 }
@@ -192,7 +199,9 @@ void MainWndController::libraryLoaded()
                                  .arg(opened.quarantinedPath, opened.error));
     }
     m_libraryReady = true;
+    ZBFirstPaint::mark("library read");
     m_pane->setLibraryOpen(true);
+    m_pane->whenShown([]() { ZBFirstPaint::mark("tracks shown"); });
     m_validator->validateAll();
     for (const std::function<void()> &call : std::exchange(m_whenLibraryReady, {}))
         call();
@@ -229,13 +238,27 @@ void MainWndController::startDeferred()
 
 void MainWndController::mediaModuleMapped()
 {
-    ensureVideoEngines();
+    ZBFirstPaint::mark("media module mapped");
+    // Each engine starts its own libmpv core and GL view, some 20 ms each:
+    // one per event-loop turn keeps the window answering between them.
+    ensureVideoEngine(ZBPlaybackEngine::VideoMovie);
+    QTimer::singleShot(0, this, [this]() {
+        ensureVideoEngine(ZBPlaybackEngine::RealMedia);
+        ZBFirstPaint::mark("video engines made");
+    });
     // The Flash engine is made and compiled in the background a moment
-    // later, so neither the window nor the first movie waits for it.
-    QTimer::singleShot(FlashEngineDelayMs, this, [this]() {
-        ensureFlashEngine();
-        if (m_flashView)
-            m_flashView->warmUp();
+    // later, so neither the window nor the first movie waits for it. Not
+    // before the tracks show: its web engine's processes would take the
+    // cores that reading a large library needs.
+    whenLibraryReady([this]() {
+        m_pane->whenShown([this]() {
+            QTimer::singleShot(FlashEngineDelayMs, this, [this]() {
+                ensureFlashEngine();
+                if (m_flashView)
+                    m_flashView->warmUp();
+                ZBFirstPaint::mark("flash engine made");
+            });
+        });
     });
 }
 
@@ -428,20 +451,24 @@ void MainWndController::ensureFlashEngine()
 
 void MainWndController::ensureVideoEngines()
 {
-    if (m_videoEngine)
+    ensureVideoEngine(ZBPlaybackEngine::VideoMovie);
+    ensureVideoEngine(ZBPlaybackEngine::RealMedia);
+}
+
+void MainWndController::ensureVideoEngine(int code)
+{
+    std::unique_ptr<ZBPlaybackEngine> &engine = code == ZBPlaybackEngine::RealMedia ? m_realEngine : m_videoEngine;
+    if (engine)
         return;
     ZBMediaModule *module = ZBMediaModuleLoader::module();
     if (!module)
     {
-        setUnavailableEngines({ZBPlaybackEngine::VideoMovie, ZBPlaybackEngine::RealMedia});
+        setUnavailableEngines({code});
         return;
     }
-    m_videoEngine.reset(module->createVideoEngine(ZBPlaybackEngine::VideoMovie));
-    m_realEngine.reset(module->createVideoEngine(ZBPlaybackEngine::RealMedia));
-    m_playback->setEngine(ZBPlaybackEngine::VideoMovie, m_videoEngine.get());
-    m_playback->setEngine(ZBPlaybackEngine::RealMedia, m_realEngine.get());
-    m_playerPanel->addEngineView(ZBPlaybackEngine::VideoMovie, m_videoEngine->view());
-    m_playerPanel->addEngineView(ZBPlaybackEngine::RealMedia, m_realEngine->view());
+    engine.reset(module->createVideoEngine(code));
+    m_playback->setEngine(code, engine.get());
+    m_playerPanel->addEngineView(code, engine->view());
 }
 
 void MainWndController::setUnavailableEngines(const QList<int> &codes)

@@ -184,6 +184,7 @@ private:
     // window has shown its first frame: a GL view in the window makes its
     // first paint wait for a GL context, and libmpv's cores take a while.
     void ensureVideoEngines();
+    void ensureVideoEngine(int code);
     // Every engine, before anything plays.
     void ensureEngines();
     // Stand-ins that refuse to play, saying why, when the media module

@@ -64,6 +64,9 @@ public:
     // Runs the event loop until the table shows the answer; for tests and
     // tools that drive the pane step by step.
     void waitForResult();
+    // Runs `action` once the table shows the answer to the last request (at
+    // once when it already does).
+    void whenShown(std::function<void()> action);
     // Plays `track` from the table, showing "All Tracks" first when what is
     // shown does not hold it.
     void playTrack(ZBItem *track);
@@ -105,9 +108,6 @@ private:
     void showTracks(const ZBItemList &tracks);
     void requestTracks();
     void showResult(const ZBTrackListQuery::Result &result);
-    // Runs `action` once the table shows the answer to the last request (at
-    // once when it already does).
-    void whenShown(std::function<void()> action);
     void expandHeadings();
     void selectRowNear(int row);
     bool isPlainPlaylist(const QString &playlistUUID) const;

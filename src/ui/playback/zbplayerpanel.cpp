@@ -99,12 +99,21 @@ ZBPlayerPanel::ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent)
     });
 }
 
+ZBPlayerPanel::~ZBPlayerPanel()
+{
+    // A view never shown goes with the screen, as the shown ones do (after
+    // the engines that draw into it).
+    for (const QPointer<QWidget> &view : std::as_const(m_engineViews))
+    {
+        if (view && !view->parent())
+            delete view.data();
+    }
+}
+
 void ZBPlayerPanel::addEngineView(int engineCode, QWidget *view)
 {
     if (!view || m_engineViews.contains(engineCode))
         return;
-    if (m_views->indexOf(view) < 0)
-        m_views->addWidget(view);
     m_engineViews.insert(engineCode, view);
 }
 
@@ -123,8 +132,16 @@ void ZBPlayerPanel::showLogo()
 
 void ZBPlayerPanel::showEngine(int engineCode)
 {
-    if (QWidget *view = m_engineViews.value(engineCode))
-        m_views->setCurrentWidget(view);
+    QWidget *view = m_engineViews.value(engineCode);
+    if (!view)
+        return;
+    // Joins the window when first needed: the first GL view in a window
+    // makes Qt compose the whole window with OpenGL from then on, and
+    // setting that up (shaders compiled by a software renderer, where there
+    // is no GPU) holds the window for a tenth of a second or more.
+    if (m_views->indexOf(view) < 0)
+        m_views->addWidget(view);
+    m_views->setCurrentWidget(view);
 }
 
 void ZBPlayerPanel::updatePlaying(bool playing)

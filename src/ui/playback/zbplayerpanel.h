@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 class QLabel;
@@ -21,8 +22,10 @@ class ZBPlayerPanel : public QWidget
 
 public:
     ZBPlayerPanel(ZBPlaybackController *controller, QWidget *parent = nullptr);
+    ~ZBPlayerPanel() override;
 
-    // The engine views to switch between; a null view is skipped.
+    // The engine views to switch between; a null view is skipped. Each joins
+    // the screen when it is first shown.
     void addEngineView(int engineCode, QWidget *view);
     void showLogo();
     void showEngine(int engineCode);
@@ -50,7 +53,7 @@ private:
     QWidget *m_transport;
     QStackedLayout *m_views;
     ZBLogoView *m_logo;
-    QHash<int, QWidget *> m_engineViews;
+    QHash<int, QPointer<QWidget>> m_engineViews;
     QPushButton *m_previous;
     QPushButton *m_play;
     QPushButton *m_next;
