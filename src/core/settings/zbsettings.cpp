@@ -266,8 +266,11 @@ QString ZBSettings::defaultDownloadsFolder()
 
 void ZBSettings::loadUserDefaults(QSettings &store)
 {
-    // The integration helper finds the program through this key.
-    store.setValue(kLastApplicationPath, QCoreApplication::applicationFilePath());
+    // The integration helper finds the program through this key. Written
+    // only when it changed: an unchanged store is not rewritten (and locked)
+    // while the window waits to show.
+    if (store.value(kLastApplicationPath).toString() != QCoreApplication::applicationFilePath())
+        store.setValue(kLastApplicationPath, QCoreApplication::applicationFilePath());
 
     const ZBSettings defaults;
     for (const Entry &entry : kEntries)
