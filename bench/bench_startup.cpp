@@ -98,6 +98,10 @@ double timeStart(const QString &program, const QString &libraryTemplate)
         if (at >= 0 && seen.indexOf('\n', at) > at)
             ms = seen.mid(at + 19, seen.indexOf('\n', at) - at - 19).toDouble();
     }
+    // With NVK_STARTUP_MARKS set, both programs mark their steps: one line
+    // per start.
+    if (qEnvironmentVariableIsSet("NVK_STARTUP_MARKS"))
+        std::printf("%s\n", seen.replace('\n', ' ').constData());
     // The player quits on SIGTERM the way its Quit command does.
     process.terminate();
     if (!process.waitForFinished(10000))
