@@ -167,11 +167,13 @@ void ZBWebController::setHistoryMenu(QMenu *menu)
 
 void ZBWebController::openHistory()
 {
-    if (m_history->isOpen())
-        return;
-    const ZBHistory::OpenResult opened = m_history->openStore();
-    if (!opened.message.isEmpty())
-        qWarning().noquote() << opened.message;
+    // A URL handed over before the window was painted may have opened it.
+    if (!m_history->isOpen())
+    {
+        const ZBHistory::OpenResult opened = m_history->openStore();
+        if (!opened.message.isEmpty())
+            qWarning().noquote() << opened.message;
+    }
     historyMenuChanged();
 }
 
