@@ -1,12 +1,10 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include <QApplication>
 #include <QImage>
 #include <QTest>
 
 #include "ui/widgets/zbglyphicon.h"
-#include "ui/widgets/zbstyle.h"
 
 namespace
 {
@@ -79,21 +77,6 @@ private Q_SLOTS:
         QVERIFY(largestAlphaDifference(left, flipped) > 200);
         const int difference = largestAlphaDifference(render(ZBGlyphIcon::Glyph(mirror), 32), flipped);
         QVERIFY2(difference < 40, qPrintable(QString::number(difference)));
-    }
-
-    // The pictures Qt's own widgets ask the style for are the glyphs; the
-    // rest are the desktop style's.
-    void styleAnswersWithGlyphs()
-    {
-        ZBStyle style;
-        const auto image = [&style](QStyle::StandardPixmap which) {
-            return style.standardIcon(which).pixmap(QSize(16, 16), 1.0).toImage();
-        };
-        QCOMPARE(image(QStyle::SP_LineEditClearButton), render(ZBGlyphIcon::Stop, 16));
-        QCOMPARE(image(QStyle::SP_ToolBarHorizontalExtensionButton), render(ZBGlyphIcon::Extension, 16));
-        QCOMPARE(image(QStyle::SP_MediaPause), render(ZBGlyphIcon::Pause, 16));
-        QVERIFY(style.standardIcon(QStyle::SP_DialogOkButton).cacheKey() !=
-                ZBGlyphIcon::icon(ZBGlyphIcon::Stop).cacheKey());
     }
 };
 
