@@ -4,9 +4,14 @@
 
 #include <clocale>
 #include <csignal>
+#include <thread>
 #include <unistd.h>
 
+#include <fontconfig/fontconfig.h>
+
 #include "app/zbmediamoduleloader.h"
+#include "localization/zbcriticalerror.h"
+#include "localization/zblocalizer.h"
 #include "ui/app/mainwndcontroller.h"
 #include "ui/app/zbfirstpaint.h"
 #include "ui/app/zbsharedglcontext.h"
@@ -49,6 +54,23 @@ int main(int argc, char *argv[])
     // needs from the application object is set now, but for the shared GL
     // context, made once the window shows (ZBSharedGLContext).
     ZBMediaModuleLoader::prepareApplication(true);
+    // The first widget needs fonts and texts: fontconfig spends some 5 ms
+    // reading its configuration and caches, and the English string tables
+    // another one or two. Both are read beside the application object's own
+    // set-up (the display connection), on the second core, and nothing uses
+    // them before the thread is joined.
+    std::thread warmUp([]() {
+        FcInit();
+        try
+        {
+            ZBLocalizer::englishDictionaryForTable(ZBLocalizer::defaultTable());
+            ZBLocalizer::englishDictionaryForTable(ZBLocalizer::mainMenuTable());
+        }
+        catch (const ZBCriticalError &)
+        {
+            // Told when the window asks for its first text.
+        }
+    });
     QApplication app(argc, argv);
     ZBFirstPaint::mark("application");
     // The window's pictures are drawn, not looked up in the icon theme.
@@ -75,7 +97,11 @@ int main(int argc, char *argv[])
     const QStringList arguments = app.arguments().mid(1);
     ZBSingleInstance singleInstance;
     if (singleInstance.tryToHandOver(arguments))
+    {
+        warmUp.join();
         return 0;
+    }
+    warmUp.join();
 
     MainWndController controller;
     if (!controller.start())
