@@ -183,7 +183,6 @@ void ZBBrowserView::previewSWF(const QUrl &url)
     html.replace(QStringLiteral("NVK_MOVIE"), url.toString(QUrl::FullyEncoded).toHtmlEscaped());
     m_previewUrl = url;
     m_previewing = true;
-    m_previewPending = true;
     m_interceptor->setPreviewPage(url);
     // With the movie's address as the page's, the engine's fetch of the movie
     // stays on the movie's own site, which needs no permission from it.
@@ -208,11 +207,12 @@ void ZBBrowserView::onLoadingChanged(const QWebEngineLoadingInfo &info)
     switch (info.status())
     {
     case QWebEngineLoadingInfo::LoadStartedStatus:
-        if (m_previewPending)
-        {
-            m_previewPending = false;
-        }
-        else if (m_previewing)
+        // The preview page is the one page loaded from markup (setHtml), so
+        // its start is reported with a "data:" address; any other page ends
+        // the preview. Told by the address, not by counting starts: a page
+        // asked for while the preview still loads may abort it before its
+        // start is reported, and must still end it.
+        if (m_previewing && info.url().scheme() != u"data")
         {
             m_previewing = false;
             m_interceptor->setPreviewPage(QUrl());

@@ -118,6 +118,5 @@ private:
     QUrl m_startedUrl;
     bool m_committed = false;
     bool m_previewing = false;
-    bool m_previewPending = false;
     QUrl m_previewUrl;
 };
