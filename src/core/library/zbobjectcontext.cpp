@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "predicate/zbtextfold.h"
+#include "util/zbsqliterows.h"
 
 namespace
 {
@@ -79,14 +80,6 @@ std::optional<bool> readBool(const ZBSqliteStatement *stmt, int column)
         return std::nullopt;
     return stmt->int64(column) != 0;
 }
-
-QDateTime readDate(const ZBSqliteStatement *stmt, int column)
-{
-    if (stmt->isNull(column))
-        return QDateTime();
-    return QDateTime::fromMSecsSinceEpoch(stmt->int64(column), Qt::UTC);
-}
-
 
 const char *const PlaylistsSql = "SELECT Z_PK, PlaylistUUID, Name, isSmart, Request, \"Group\", SortField, Ascend, "
                                  "SortOrder, InternalItemsOrder FROM ZBPlaylist";
@@ -285,38 +278,57 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
                         "SourcePageTitle, isValid, isAvailable, rel_Type FROM ZBItem");
     if (!stmt)
         return fail();
-    while (stmt->step())
-    {
-        auto item = std::make_unique<ZBItem>();
-        item->m_ItemUUID = stmt->text(1);
-        item->m_Name = stmt->text(2);
-        item->m_Path = stmt->text(3);
-        item->m_URL = stmt->text(4);
-        const QString typeText = stmt->text(5);
-        auto pooled = typeTexts.constFind(typeText);
-        if (pooled == typeTexts.cend() || pooled->isNull() != typeText.isNull())
-            pooled = typeTexts.insert(typeText, typeText);
-        item->m_Type = *pooled;
-        item->m_Rating = readInt(stmt, 6);
-        item->m_Length = readInt(stmt, 7);
-        item->m_PlayCount = readInt(stmt, 8);
-        item->m_Added = readDate(stmt, 9);
-        item->m_LastPlayed = readDate(stmt, 10);
-        item->m_SourcePageTitle = stmt->text(11);
-        item->m_isValid = readBool(stmt, 12);
-        item->m_isAvailable = readBool(stmt, 13);
-        if (!stmt->isNull(14))
+    constexpr int ItemColumns = 15;
+    // UUID, Name, Path, URL, Type and SourcePageTitle.
+    constexpr quint64 ItemTextColumns = (1 << 1) | (1 << 2) | (1 << 3) | (1 << 4) | (1 << 5) | (1 << 11);
+    const auto makeItems = [&](const ZBSqliteRows &rows) {
+        const auto optionalInt = [&rows](qsizetype row, int column) {
+            return rows.isNull(row, column) ? std::nullopt : std::optional<qint32>(qint32(rows.int64(row, column)));
+        };
+        const auto optionalBool = [&rows](qsizetype row, int column) {
+            return rows.isNull(row, column) ? std::nullopt : std::optional<bool>(rows.int64(row, column) != 0);
+        };
+        const auto date = [&rows](qsizetype row, int column) {
+            return rows.isNull(row, column) ? QDateTime()
+                                            : QDateTime::fromMSecsSinceEpoch(rows.int64(row, column), Qt::UTC);
+        };
+        for (qsizetype row = 0; row < rows.size(); ++row)
         {
-            if (ZBType *type = typesById.value(stmt->int64(14)))
+            auto item = std::make_unique<ZBItem>();
+            item->m_ItemUUID = rows.text(row, 1);
+            item->m_Name = rows.text(row, 2);
+            item->m_Path = rows.text(row, 3);
+            item->m_URL = rows.text(row, 4);
+            const QString typeText = rows.text(row, 5);
+            auto pooled = typeTexts.constFind(typeText);
+            if (pooled == typeTexts.cend() || pooled->isNull() != typeText.isNull())
+                pooled = typeTexts.insert(typeText, typeText);
+            item->m_Type = *pooled;
+            item->m_Rating = optionalInt(row, 6);
+            item->m_Length = optionalInt(row, 7);
+            item->m_PlayCount = optionalInt(row, 8);
+            item->m_Added = date(row, 9);
+            item->m_LastPlayed = date(row, 10);
+            item->m_SourcePageTitle = rows.text(row, 11);
+            item->m_isValid = optionalBool(row, 12);
+            item->m_isAvailable = optionalBool(row, 13);
+            if (!rows.isNull(row, 14))
             {
-                item->m_relType = type;
-                type->m_items.append(item.get());
+                if (ZBType *type = typesById.value(rows.int64(row, 14)))
+                {
+                    item->m_relType = type;
+                    type->m_items.append(item.get());
+                }
             }
+            ZBItem *raw = adopt(std::move(item), m_items, rows.int64(row, 0));
+            itemsById.emplace_back(raw->rowId(), raw);
         }
-        ZBItem *raw = adopt(std::move(item), m_items, stmt->int64(0));
-        itemsById.emplace_back(raw->rowId(), raw);
-    }
-    if (!stmt->ok())
+    };
+    // A large library's tracks are made on a second thread while this one
+    // steps the statement; a small one reads in a few milliseconds anyway.
+    constexpr qint64 ParallelFrom = 20000;
+    if (!ZBSqliteRows::readAll(*stmt, ItemColumns, ItemTextColumns,
+                               itemCount >= ParallelFrom && QThread::idealThreadCount() > 1, makeItems))
         return fail();
     if (!std::is_sorted(itemsById.begin(), itemsById.end()))
         std::sort(itemsById.begin(), itemsById.end());

@@ -299,6 +299,16 @@ QString ZBSqliteStatement::text(int column) const
     return QString::fromUtf8(data, size);
 }
 
+QByteArrayView ZBSqliteStatement::utf8(int column) const
+{
+    // SQLite gives no text for NULL, and an empty one for ''; asking for the
+    // type first would be a third call per value.
+    const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_stmt, column));
+    if (!data)
+        return QByteArrayView();
+    return QByteArrayView(data, sqlite3_column_bytes(m_stmt, column));
+}
+
 QByteArray ZBSqliteStatement::blob(int column) const
 {
     if (sqlite3_column_type(m_stmt, column) == SQLITE_NULL)

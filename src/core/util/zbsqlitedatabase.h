@@ -107,6 +107,9 @@ public:
     qint64 int64(int column) const;
     double real(int column) const;
     QString text(int column) const;
+    // The text's UTF-8 as SQLite holds it, valid until the next step; null
+    // for NULL.
+    QByteArrayView utf8(int column) const;
     QByteArray blob(int column) const;
 
 private:

@@ -88,6 +88,8 @@ private Q_SLOTS:
     void fastPathsAnswerAsThePlainOnes();
     // Large enough that the order by name is worked out on two threads.
     void largeLibrarySortsAsThePlainSort();
+    // Large enough that the tracks are made on a second thread, in batches.
+    void largeLibraryReadsBackEveryValue();
 };
 
 void TestZBLibraryFastPaths::fastPathsAnswerAsThePlainOnes_data()
@@ -209,6 +211,53 @@ void TestZBLibraryFastPaths::largeLibrarySortsAsThePlainSort()
             QCOMPARE(ZBTrackSorter::sort(tracks, QLatin1String(key), ascend),
                      ZBTrackSorter::plainSort(tracks, QLatin1String(key), ascend));
         }
+    }
+}
+
+void TestZBLibraryFastPaths::largeLibraryReadsBackEveryValue()
+{
+    // Every value of every track in order, absent and empty told apart.
+    const auto values = [](ZBObjectContext *context) {
+        QStringList all;
+        for (const ZBItem *item : context->items())
+        {
+            QString line;
+            for (const char *key : {"ItemUUID", "Name", "Path", "URL", "Type", "SourcePageTitle", "Rating", "Length",
+                                    "PlayCount", "Added", "LastPlayed", "isValid", "isAvailable"})
+            {
+                const QVariant value = item->getUntypedValueByName(QLatin1String(key));
+                line += value.isNull() ? QStringLiteral("|-") : QStringLiteral("|'%1'").arg(value.toString());
+            }
+            all << line;
+        }
+        return all;
+    };
+    Random random{QRandomGenerator(11)};
+    nvktest::DataDir dir;
+    auto library = std::make_unique<ZBLibraryController>();
+    QVERIFY(library->openStore(dir.path()).ok);
+    for (int i = 0; i < 25000; ++i)
+    {
+        ZBItem *item = library->managedObjectContext()->insertItem();
+        item->setItemUUID(QStringLiteral("uuid-%1").arg(i));
+        item->setPath(random.below(9) ? QStringLiteral("/m/%1/\u00e9\U0001F3B5%2").arg(random.pick(Words)).arg(i)
+                                      : QString());
+        random.fill(item);
+        if (random.below(5) == 0)
+            item->setURL(QLatin1String(""));
+        item->setIsValid(random.below(3) ? std::optional<bool>(random.below(2)) : std::nullopt);
+        item->setIsAvailable(random.below(3) ? std::optional<bool>(random.below(2)) : std::nullopt);
+    }
+    const QStringList written = values(library->managedObjectContext());
+    QVERIFY(library->save());
+    library = std::make_unique<ZBLibraryController>();
+    QVERIFY(library->openStore(dir.path()).ok);
+    QCOMPARE(values(library->managedObjectContext()), written);
+    // The lookups built from what was read find each track by its key.
+    for (const int i : {0, 2047, 2048, 12345, 24999})
+    {
+        QCOMPARE(library->itemByUUID(QStringLiteral("UUID-%1").arg(i)),
+                 library->managedObjectContext()->items().at(i));
     }
 }
 
