@@ -96,6 +96,27 @@ quint64 ZBFoldedIndex::foldedHash(const QString &value)
     return hashUnits(folded, size_t(length));
 }
 
+quint64 ZBFoldedIndex::foldedHashUtf8(QByteArrayView utf8)
+{
+    // Paths, addresses and UUIDs are mostly ASCII, which folds byte by byte.
+    constexpr qsizetype Room = 512;
+    char16_t folded[Room];
+    if (utf8.size() <= Room)
+    {
+        qsizetype length = 0;
+        for (const char byte : utf8)
+        {
+            const auto u = char16_t(static_cast<unsigned char>(byte));
+            if (u >= 0x80)
+                break;
+            folded[length++] = (u >= u'A' && u <= u'Z') ? char16_t(u + 32) : u;
+        }
+        if (length == utf8.size())
+            return hashUnits(folded, size_t(length));
+    }
+    return foldedHash(QString::fromUtf8(utf8));
+}
+
 ZBFoldedIndex::Slot *ZBFoldedIndex::find(quint64 hash) const
 {
     // Linear probing; the table is at most half full, so a free slot ends
@@ -112,16 +133,21 @@ ZBFoldedIndex::Slot *ZBFoldedIndex::find(quint64 hash) const
 
 void ZBFoldedIndex::build(const QList<ZBItem *> &items)
 {
-    clear();
-    reserve(items.size());
-    // Each insertion is a cache miss in a table larger than the cache: with
-    // every hash known first, the slots are loaded a few insertions ahead.
     std::vector<quint64> hashes(size_t(items.size()));
     for (qsizetype i = 0; i < items.size(); ++i)
     {
         const QString &value = items[i]->*m_field;
         hashes[size_t(i)] = value.isNull() ? 0 : foldedHash(value);
     }
+    build(items, hashes);
+}
+
+void ZBFoldedIndex::build(const QList<ZBItem *> &items, const std::vector<quint64> &hashes)
+{
+    clear();
+    reserve(items.size());
+    // Each insertion is a cache miss in a table larger than the cache: with
+    // every hash known first, the slots are loaded a few insertions ahead.
     constexpr size_t Distance = 8;
     const size_t mask = m_slots.size() - 1;
     for (size_t i = 0; i < hashes.size(); ++i)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QList>
 #include <QString>
 
@@ -27,6 +28,14 @@ public:
     void reserve(qsizetype count);
     // Indexes all of `items` in their order, as insert() one by one would.
     void build(const QList<ZBItem *> &items);
+    // The same with each track's hash worked out already (foldedHash(), or
+    // 0 for an absent value), one per track.
+    void build(const QList<ZBItem *> &items, const std::vector<quint64> &hashes);
+
+    // What an index keeps of a value: never 0, equal for values that fold
+    // alike. The UTF-8 form gives what the text's own does.
+    static quint64 foldedHash(const QString &value);
+    static quint64 foldedHashUtf8(QByteArrayView utf8);
     // `value` as the track holds it, not folded; absent values are never
     // indexed.
     void insert(const QString &value, ZBItem *item);
@@ -44,7 +53,6 @@ private:
         ZBItem *head = nullptr;
     };
 
-    static quint64 foldedHash(const QString &value);
     static quint64 hashOf(QStringView folded);
     Slot *find(quint64 hash) const;
     void grow();

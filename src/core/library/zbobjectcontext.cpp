@@ -278,9 +278,17 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
                         "SourcePageTitle, isValid, isAvailable, rel_Type FROM ZBItem");
     if (!stmt)
         return fail();
-    constexpr int ItemColumns = 15;
+    ZBSqliteRows::Layout itemLayout;
+    itemLayout.columnCount = 15;
     // UUID, Name, Path, URL, Type and SourcePageTitle.
-    constexpr quint64 ItemTextColumns = (1 << 1) | (1 << 2) | (1 << 3) | (1 << 4) | (1 << 5) | (1 << 11);
+    itemLayout.textColumns = (1 << 1) | (1 << 2) | (1 << 3) | (1 << 4) | (1 << 5) | (1 << 11);
+    // The lookup indexes' hashes, worked out by the thread that steps the
+    // statement, which has less to do than the one that makes the tracks.
+    itemLayout.digestColumns = (1 << 1) | (1 << 3) | (1 << 4);
+    itemLayout.digest = &ZBFoldedIndex::foldedHashUtf8;
+    IndexHashes indexHashes;
+    for (std::vector<quint64> &hashes : indexHashes)
+        hashes.reserve(size_t(itemCount));
     const auto makeItems = [&](const ZBSqliteRows &rows) {
         const auto optionalInt = [&rows](qsizetype row, int column) {
             return rows.isNull(row, column) ? std::nullopt : std::optional<qint32>(qint32(rows.int64(row, column)));
@@ -322,12 +330,15 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
             }
             ZBItem *raw = adopt(std::move(item), m_items, rows.int64(row, 0));
             itemsById.emplace_back(raw->rowId(), raw);
+            indexHashes[0].push_back(rows.digest(row, 1));
+            indexHashes[1].push_back(rows.digest(row, 3));
+            indexHashes[2].push_back(rows.digest(row, 4));
         }
     };
     // A large library's tracks are made on a second thread while this one
     // steps the statement; a small one reads in a few milliseconds anyway.
     constexpr qint64 ParallelFrom = 20000;
-    if (!ZBSqliteRows::readAll(*stmt, ItemColumns, ItemTextColumns,
+    if (!ZBSqliteRows::readAll(*stmt, itemLayout,
                                itemCount >= ParallelFrom && QThread::idealThreadCount() > 1, makeItems))
         return fail();
     if (!std::is_sorted(itemsById.begin(), itemsById.end()))
@@ -399,7 +410,7 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
     db.exec(QStringLiteral("COMMIT"));
     // Built now rather than at the first lookup: the first track the user
     // adds or plays would otherwise wait for them.
-    rebuildIndexes();
+    rebuildIndexes(&indexHashes);
     changed(ZBItem::AllValues, true, true);
     return true;
 }
@@ -427,25 +438,31 @@ void ZBObjectContext::clear()
     changed(ZBItem::AllValues, true, true);
 }
 
-void ZBObjectContext::rebuildIndexes()
+void ZBObjectContext::rebuildIndexes(const IndexHashes *hashes)
 {
+    const auto build = [this, hashes](ZBFoldedIndex &index, size_t which) {
+        if (hashes && (*hashes)[which].size() == size_t(m_items.size()))
+            index.build(m_items, (*hashes)[which]);
+        else
+            index.build(m_items);
+    };
     // The three indexes share nothing but the tracks they read (each writes
     // its own link in a track), so a large library builds them on two cores.
     constexpr qsizetype ParallelFrom = 20000;
     if (m_items.size() >= ParallelFrom && QThread::idealThreadCount() > 1)
     {
-        std::thread worker([this]() {
-            m_byUUID.build(m_items);
-            m_byURL.build(m_items);
+        std::thread worker([&build, this]() {
+            build(m_byUUID, 0);
+            build(m_byURL, 2);
         });
-        m_byPath.build(m_items);
+        build(m_byPath, 1);
         worker.join();
     }
     else
     {
-        m_byUUID.build(m_items);
-        m_byPath.build(m_items);
-        m_byURL.build(m_items);
+        build(m_byUUID, 0);
+        build(m_byPath, 1);
+        build(m_byURL, 2);
     }
     m_indexesStale = false;
 }

@@ -5,6 +5,7 @@
 #include <QSet>
 #include <QString>
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -113,7 +114,10 @@ private:
     void clear();
     template <typename T>
     T *adopt(std::unique_ptr<T> record, QList<T *> &list, qint64 rowId);
-    void rebuildIndexes();
+    // The tracks' hashes by UUID, path and URL, in the order of m_items.
+    using IndexHashes = std::array<std::vector<quint64>, 3>;
+    // With `hashes`, the tracks' hashes as read; otherwise worked out here.
+    void rebuildIndexes(const IndexHashes *hashes = nullptr);
     void changed(quint32 valueBits, bool added, bool removed);
     ZBFoldedIndex *indexForKey(const QString &key);
     bool writeChanges();

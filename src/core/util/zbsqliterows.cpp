@@ -6,6 +6,8 @@
 #include <mutex>
 #include <thread>
 
+#include <QScopeGuard>
+
 #include "util/zbsqlitedatabase.h"
 
 namespace
@@ -74,9 +76,8 @@ void growHeapAhead(size_t bytes)
 }
 } // namespace
 
-ZBSqliteRows::ZBSqliteRows(int columnCount, quint64 textColumns)
-    : m_columnCount(columnCount)
-    , m_textColumns(textColumns)
+ZBSqliteRows::ZBSqliteRows(const Layout &layout)
+    : m_layout(layout)
 {
 }
 
@@ -89,14 +90,17 @@ void ZBSqliteRows::clear()
 
 void ZBSqliteRows::append(const ZBSqliteStatement &stmt)
 {
-    for (int column = 0; column < m_columnCount; ++column)
+    for (int column = 0; column < m_layout.columnCount; ++column)
     {
         Cell cell;
-        if (m_textColumns & (quint64(1) << column))
+        const quint64 bit = quint64(1) << column;
+        if (m_layout.textColumns & bit)
         {
             const QByteArrayView bytes = stmt.utf8(column);
             cell.value = m_bytes.size();
             cell.size = bytes.isNull() ? -1 : qint32(bytes.size());
+            if (!bytes.isNull() && (m_layout.digestColumns & bit))
+                cell.digest = m_layout.digest(bytes);
             m_bytes.append(bytes);
         }
         else if (stmt.isNull(column))
@@ -118,12 +122,12 @@ QString ZBSqliteRows::text(qsizetype row, int column) const
     return QString::fromUtf8(m_bytes.constData() + found.value, found.size);
 }
 
-bool ZBSqliteRows::readAll(ZBSqliteStatement &stmt, int columnCount, quint64 textColumns, bool onSecondThread,
+bool ZBSqliteRows::readAll(ZBSqliteStatement &stmt, const Layout &layout, bool onSecondThread,
                            const std::function<void(const ZBSqliteRows &)> &consume)
 {
     if (!onSecondThread)
     {
-        ZBSqliteRows batch(columnCount, textColumns);
+        ZBSqliteRows batch(layout);
         while (stmt.step())
         {
             batch.append(stmt);
@@ -138,35 +142,44 @@ bool ZBSqliteRows::readAll(ZBSqliteStatement &stmt, int columnCount, quint64 tex
         return stmt.ok();
     }
 
-    std::vector<ZBSqliteRows> batches(3, ZBSqliteRows(columnCount, textColumns));
+    // The records are made on the calling thread, so that they come from its
+    // heap as they would without the second thread: a process that reads the
+    // library again reuses the memory the last one freed.
+    std::vector<ZBSqliteRows> batches(3, ZBSqliteRows(layout));
     BatchQueue full;
     BatchQueue spare;
     for (ZBSqliteRows &batch : batches)
         spare.put(&batch);
-    std::thread consumer([&]() {
-        while (ZBSqliteRows *batch = full.take())
+    std::thread producer([&]() {
+        ZBSqliteRows *batch = spare.take();
+        while (batch && stmt.step())
         {
-            // Roughly what the records take: a field or a string's header
-            // per column, and the text again as UTF-16.
-            growHeapAhead(size_t(batch->size() * batch->m_columnCount) * 32 + size_t(batch->m_bytes.size()) * 2);
-            consume(*batch);
-            batch->clear();
-            spare.put(batch);
+            batch->append(stmt);
+            if (batch->size() == BatchRows)
+            {
+                full.put(batch);
+                batch = spare.take();
+            }
         }
-    });
-    ZBSqliteRows *batch = spare.take();
-    while (stmt.step())
-    {
-        batch->append(stmt);
-        if (batch->size() == BatchRows)
-        {
+        if (batch && batch->size() > 0)
             full.put(batch);
-            batch = spare.take();
-        }
+        full.close();
+    });
+    // Should a record fail to be made, the producer stops at its next batch
+    // and is joined before the exception goes on.
+    const auto stopProducer = qScopeGuard([&]() {
+        spare.close();
+        producer.join();
+    });
+    while (ZBSqliteRows *batch = full.take())
+    {
+        // Roughly what the records take: a field or a string's header per
+        // column, and the text again as UTF-16.
+        growHeapAhead(size_t(batch->size() * layout.columnCount) * 32 + size_t(batch->m_bytes.size()) * 2);
+        consume(*batch);
+        batch->clear();
+        spare.put(batch);
     }
-    if (batch->size() > 0)
-        full.put(batch);
-    full.close();
-    consumer.join();
+    // The producer closed `full` after its last step: the result is final.
     return stmt.ok();
 }

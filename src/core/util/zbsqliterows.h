@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 #include <functional>
@@ -17,16 +18,29 @@ class ZBSqliteStatement;
 class ZBSqliteRows
 {
 public:
-    // `textColumns`: a bit per column that is read as text; the others are
-    // read as integers.
-    ZBSqliteRows(int columnCount, quint64 textColumns);
+    // A value worked out from a text as the row is copied, on the thread that
+    // steps the statement; never 0 (that stands for NULL).
+    using Digest = quint64 (*)(QByteArrayView utf8);
+
+    struct Layout
+    {
+        int columnCount = 0;
+        // A bit per column that is read as text; the others are integers.
+        quint64 textColumns = 0;
+        // The text columns whose digest() is wanted.
+        quint64 digestColumns = 0;
+        Digest digest = nullptr;
+    };
+
+    explicit ZBSqliteRows(const Layout &layout);
 
     // Steps `stmt` to its end and hands its rows to `consume` in batches, in
-    // their order. With `onSecondThread`, `consume` runs on a thread of its
-    // own while the statement goes on; it has returned for the last batch
-    // when this returns. False when stepping failed (see the statement's
-    // ok()); the rows before the failure were consumed.
-    static bool readAll(ZBSqliteStatement &stmt, int columnCount, quint64 textColumns, bool onSecondThread,
+    // their order, on the calling thread. With `onSecondThread`, the
+    // statement is stepped on a thread of its own meanwhile, which must be
+    // the only one using its connection until this returns. False when
+    // stepping failed (see the statement's ok()); the rows before the failure
+    // were consumed.
+    static bool readAll(ZBSqliteStatement &stmt, const Layout &layout, bool onSecondThread,
                         const std::function<void(const ZBSqliteRows &)> &consume);
 
     qsizetype size() const { return m_rows; }
@@ -39,6 +53,8 @@ public:
     // As ZBSqliteStatement::text gives it: null for NULL, empty but not null
     // for ''.
     QString text(qsizetype row, int column) const;
+    // 0 for NULL.
+    quint64 digest(qsizetype row, int column) const { return cell(row, column).digest; }
 
 private:
     struct Cell
@@ -47,12 +63,12 @@ private:
         qint64 value = 0;
         // A text's length in bytes; -1 for NULL.
         qint32 size = 0;
+        quint64 digest = 0;
     };
 
-    const Cell &cell(qsizetype row, int column) const { return m_cells[size_t(row * m_columnCount + column)]; }
+    const Cell &cell(qsizetype row, int column) const { return m_cells[size_t(row * m_layout.columnCount + column)]; }
 
-    int m_columnCount;
-    quint64 m_textColumns;
+    Layout m_layout;
     qsizetype m_rows = 0;
     std::vector<Cell> m_cells;
     QByteArray m_bytes;
