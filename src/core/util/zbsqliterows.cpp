@@ -57,13 +57,13 @@ private:
     std::deque<ZBSqliteRows *> m_batches;
     bool m_closed = false;
 };
-// The C library grows the heap of a thread other than the main one a page at
-// a time, with an mprotect() for each page, and each of those calls holds up
-// the page faults of the other thread: the two share one lock on the address
-// space. Records made on the second thread cost more there than the thread
-// saved. Blocks just under the size the library would map on their own,
-// allocated and freed, grow the heap in their steps instead; the space stays
-// the thread's without another call.
+// The C library grows the heap of a thread other than the main one (the
+// player reads its library on such a thread) a page at a time, with an
+// mprotect() for each page, and each of those calls holds up the page faults
+// of the stepping thread: the two share one lock on the address space. Timed,
+// that cost more than the second thread saved. Blocks just under the size the
+// library would map on their own, allocated and freed, grow the heap in their
+// steps instead; the space stays the thread's without another call.
 void growHeapAhead(size_t bytes)
 {
     constexpr size_t Block = 60 * 1024;
