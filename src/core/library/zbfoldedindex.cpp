@@ -13,6 +13,12 @@ quint64 hashUnits(const char16_t *units, size_t count)
 {
     return quint64(qHashBits(units, count * sizeof(char16_t), 0)) | 1;
 }
+
+// ASCII folds by case alone.
+char16_t foldAscii(char16_t u)
+{
+    return (u >= u'A' && u <= u'Z') ? char16_t(u + 32) : u;
+}
 } // namespace
 
 ZBFoldedIndex::ZBFoldedIndex(int slot, QString ZBItem::*field)
@@ -84,7 +90,7 @@ quint64 ZBFoldedIndex::foldedHash(const QString &value)
     {
         const char16_t u = ch.unicode();
         if (u < 0x80 && length < Room)
-            folded[length++] = (u >= u'A' && u <= u'Z') ? char16_t(u + 32) : u;
+            folded[length++] = foldAscii(u);
         else if (u < 0x100 && length + latin1Folds[u].size() <= Room)
         {
             for (const QChar unit : latin1Folds[u])
@@ -109,7 +115,7 @@ quint64 ZBFoldedIndex::foldedHashUtf8(QByteArrayView utf8)
             const auto u = char16_t(static_cast<unsigned char>(byte));
             if (u >= 0x80)
                 break;
-            folded[length++] = (u >= u'A' && u <= u'Z') ? char16_t(u + 32) : u;
+            folded[length++] = foldAscii(u);
         }
         if (length == utf8.size())
             return hashUnits(folded, size_t(length));
