@@ -12,8 +12,8 @@
 
 namespace
 {
-// Large enough that the threads meet rarely, small enough that the copies
-// stay in the processor's cache.
+// Large enough that the threads meet rarely; a batch of tracks is about a
+// megabyte.
 constexpr qsizetype BatchRows = 2048;
 
 // Batches go round between the two threads: full ones to the consumer,
@@ -57,6 +57,7 @@ private:
     std::deque<ZBSqliteRows *> m_batches;
     bool m_closed = false;
 };
+
 // The C library grows the heap of a thread other than the main one (the
 // player reads its library on such a thread) a page at a time, with an
 // mprotect() for each page, and each of those calls holds up the page faults
