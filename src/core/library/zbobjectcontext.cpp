@@ -335,8 +335,8 @@ bool ZBObjectContext::load(ZBSqliteDatabase &db)
             indexHashes[2].push_back(rows.digest(row, 4));
         }
     };
-    // A large library's tracks are made on a second thread while this one
-    // steps the statement; a small one reads in a few milliseconds anyway.
+    // A large library's statement is stepped on a second thread while this
+    // one makes the tracks; a small one reads in a few milliseconds anyway.
     constexpr qint64 ParallelFrom = 20000;
     if (!ZBSqliteRows::readAll(*stmt, itemLayout,
                                itemCount >= ParallelFrom && QThread::idealThreadCount() > 1, makeItems))
