@@ -12,6 +12,7 @@
 
 #include "library/zblibraryguard.h"
 #include "library/zbobjectcontext.h"
+#include "util/zbcollationkeys.h"
 
 namespace
 {
@@ -36,10 +37,15 @@ int compareValues(const QVariant &a, const QVariant &b)
 
 // Under the C locale (a bare session, a service) the collator compares code
 // points and puts every capital first; the table wants a dictionary order.
-QCollator tableCollator()
+QLocale tableLocale()
 {
     const QLocale system = QLocale::system();
-    QCollator collator(system.language() == QLocale::C ? QLocale(QLocale::English) : system);
+    return system.language() == QLocale::C ? QLocale(QLocale::English) : system;
+}
+
+QCollator tableCollator()
+{
+    QCollator collator(tableLocale());
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     return collator;
 }
@@ -89,57 +95,43 @@ void radixSort(std::vector<Keyed> &keyed)
     }
 }
 
-using CollationKey = std::pair<QCollatorSortKey, quint32>;
-
-// The collation keys of tracks [begin, end) by serial, sorted; false when the
-// read was stopped. Each thread needs a collator of its own.
-bool sortedKeys(const ZBItemList &items, qsizetype begin, qsizetype end, int field, std::vector<CollationKey> &keys)
+// The collation keys of tracks [begin, end), tagged with their serials, sorted;
+// false when the read was stopped.
+bool sortedKeys(const ZBItemList &items, qsizetype begin, qsizetype end, int field, ZBCollationKeys &keys)
 {
-    const QCollator collator = tableCollator();
-    keys.reserve(size_t(end - begin));
+    keys.reserve(end - begin);
     for (qsizetype i = begin; i < end; ++i)
     {
         if ((i & 1023) == 0 && ZBLibraryGuard::cancelled())
             return false;
         const QString *text = items[i]->rawText(field);
-        keys.emplace_back(collator.sortKey(text ? *text : QString()), items[i]->serial());
+        keys.append(text ? QStringView(*text) : QStringView(), items[i]->serial());
     }
-    // The sort of a million keys takes long enough that a newer read or a
-    // write must be able to stop it halfway; only a throw leaves std::sort.
-    try
-    {
-        quint32 compared = 0;
-        std::sort(keys.begin(), keys.end(), [&compared](const auto &a, const auto &b) {
-            if ((++compared & 4095) == 0 && ZBLibraryGuard::cancelled())
-                throw ZBLibraryGuard::Cancelled();
-            return a.first.compare(b.first) < 0;
-        });
-    }
-    catch (const ZBLibraryGuard::Cancelled &)
-    {
-        return false;
-    }
-    return true;
+    // A million keys take long enough to sort that a newer read or a write
+    // must be able to stop it halfway.
+    return keys.sort([]() { return ZBLibraryGuard::cancelled(); });
 }
 
 // Every track's place in the collation of one text field, by serial; equal
 // texts share a place. Kept by the context until a track's value changes.
 const std::vector<quint32> *textRanks(ZBObjectContext &context, const QString &key, int field)
 {
-    const QString locale = tableCollator().locale().name();
+    const QLocale locale = tableLocale();
     ZBObjectContext::SortRanks &cache = context.sortRanks(key);
     const quint64 generation = context.itemGeneration(ZBItem::valueBit(key), false);
-    if (cache.generation == generation && cache.locale == locale)
+    if (cache.generation == generation && cache.locale == locale.name())
         return &cache.bySerial;
 
-    // Collation keys are most of the first sort by name of a large library
-    // (seconds at a million tracks): two halves on two cores, merged below.
+    // Collation keys are most of the first sort by name of a large library:
+    // two halves on two cores, merged below.
     const ZBItemList &items = context.items();
     constexpr qsizetype ParallelFrom = 50000;
     const qsizetype middle = items.size() >= ParallelFrom && QThread::idealThreadCount() >= 2 ? items.size() / 2
                                                                                              : items.size();
-    std::vector<CollationKey> first;
-    std::vector<CollationKey> second;
+    ZBCollationKeys first(locale);
+    ZBCollationKeys second(locale);
+    if (!first.isValid() || !second.isValid())
+        return nullptr;
     bool secondDone = true;
     std::thread helper;
     if (middle < items.size())
@@ -157,18 +149,21 @@ const std::vector<quint32> *textRanks(ZBObjectContext &context, const QString &k
 
     cache.bySerial.assign(context.serialCount(), std::numeric_limits<quint32>::max());
     quint32 rank = 0;
-    const CollationKey *previous = nullptr;
-    for (size_t a = 0, b = 0; a < first.size() || b < second.size();)
+    const ZBCollationKeys *previousKeys = nullptr;
+    qsizetype previous = 0;
+    for (qsizetype a = 0, b = 0; a < first.size() || b < second.size();)
     {
-        const bool fromFirst = b == second.size() || (a < first.size() && first[a].first.compare(second[b].first) <= 0);
-        const CollationKey *next = fromFirst ? &first[a++] : &second[b++];
-        if (previous && previous->first.compare(next->first) != 0)
+        const bool fromFirst = b == second.size() || (a < first.size() && ZBCollationKeys::compare(first, a, second, b) <= 0);
+        const ZBCollationKeys &keys = fromFirst ? first : second;
+        const qsizetype next = fromFirst ? a++ : b++;
+        if (previousKeys && ZBCollationKeys::compare(*previousKeys, previous, keys, next) != 0)
             ++rank;
-        cache.bySerial[next->second] = rank;
+        cache.bySerial[keys.tagAt(next)] = rank;
+        previousKeys = &keys;
         previous = next;
     }
     cache.generation = generation;
-    cache.locale = locale;
+    cache.locale = locale.name();
     return &cache.bySerial;
 }
 
