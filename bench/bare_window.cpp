@@ -1,6 +1,8 @@
 // The references for the start-up benchmark: an empty main window and, with
 // --widgets, a window of the same kinds of Qt widgets and texts the player's
-// first frame shows, with no program behind them. When
+// first frame shows, with no program behind them. --sources keeps only the
+// menu bar and the source list: the least a first frame of the player's
+// could show. When
 // NVK_REPORT_FIRST_PAINT is set, each writes the time of its first painted
 // frame since the process started, the way the player writes it.
 #include <QApplication>
@@ -51,6 +53,18 @@ protected:
     }
 };
 
+QTreeView *sourceList()
+{
+    auto *sources = new QTreeView;
+    auto *sourceModel = new QStandardItemModel(sources);
+    for (const char *name : {"LIBRARY", "All Tracks", "Flash Movies", "Videos", "RealMedia", "Silverlight", "PLAYLISTS",
+                             "DOWNLOADS", "Now Browsing", "Today", "Last Week", "Last Month"})
+        sourceModel->appendRow(new QStandardItem(QString::fromUtf8(name)));
+    sources->setModel(sourceModel);
+    sources->setHeaderHidden(true);
+    return sources;
+}
+
 QWidget *playerWidgets()
 {
     auto *central = new QWidget;
@@ -74,14 +88,7 @@ QWidget *playerWidgets()
 
     auto *columns = new QSplitter;
     column->addWidget(columns, 1);
-    auto *sources = new QTreeView;
-    auto *sourceModel = new QStandardItemModel(sources);
-    for (const char *name : {"LIBRARY", "All Tracks", "Flash Movies", "Videos", "RealMedia", "Silverlight", "PLAYLISTS",
-                             "DOWNLOADS", "Now Browsing", "Today", "Last Week", "Last Month"})
-        sourceModel->appendRow(new QStandardItem(QString::fromUtf8(name)));
-    sources->setModel(sourceModel);
-    sources->setHeaderHidden(true);
-    columns->addWidget(sources);
+    columns->addWidget(sourceList());
     auto *right = new QSplitter(Qt::Vertical);
     columns->addWidget(right);
     auto *logo = new Logo;
@@ -118,11 +125,13 @@ int main(int argc, char *argv[])
     ZBFirstPaint::mark("application");
     QMainWindow window;
     window.resize(1024, 680);
-    if (app.arguments().contains(QStringLiteral("--widgets")))
+    const bool widgets = app.arguments().contains(QStringLiteral("--widgets"));
+    const bool sources = app.arguments().contains(QStringLiteral("--sources"));
+    if (widgets || sources)
     {
         for (const char *title : {"Norvik Player", "File", "Edit", "Track", "Playback", "View", "History", "Window", "Help"})
             window.menuBar()->addMenu(QString::fromUtf8(title));
-        window.setCentralWidget(playerWidgets());
+        window.setCentralWidget(widgets ? playerWidgets() : sourceList());
     }
     ZBFirstPaint firstPaint(&window);
     ZBFirstPaint::mark("window built");
