@@ -39,12 +39,6 @@ public:
         const std::atomic<bool> *m_previous;
     };
 
-    // Thrown from inside library loops that cannot return early (a sort's
-    // comparison), caught where the read gives up.
-    struct Cancelled
-    {
-    };
-
     static void willWrite();
     static bool cancelled();
     // The flag of the read on this thread, for helper threads it starts.
