@@ -377,13 +377,26 @@ ZBItem *ZBLibraryController::itemByUUID(const QString &uuid) const
 
 bool ZBLibraryController::removeItemFromLibraryByUUID(const QString &uuid)
 {
-    const auto items = getItemsFromLibraryByUUID(uuid);
-    if (!items)
-        return false;
-    for (ZBItem *item : *items)
-        m_context.deleteItem(item);
+    return removeItemsFromLibraryByUUIDs({uuid}) > 0;
+}
+
+int ZBLibraryController::removeItemsFromLibraryByUUIDs(const QStringList &uuids)
+{
+    ZBItemList items;
+    int matched = 0;
+    for (const QString &uuid : uuids)
+    {
+        if (const auto found = getItemsFromLibraryByUUID(uuid))
+        {
+            items += *found;
+            ++matched;
+        }
+    }
+    if (matched == 0)
+        return 0;
+    m_context.deleteItems(items);
     save();
-    return true;
+    return matched;
 }
 
 const ZBPredicate &ZBLibraryController::cachedPredicate(const QString &request) const

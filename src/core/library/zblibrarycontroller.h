@@ -72,6 +72,8 @@ public:
     std::optional<ZBItemList> getItemsFromLibraryByURL(const QString &url) const;
     ZBItem *itemByUUID(const QString &uuid) const;
     bool removeItemFromLibraryByUUID(const QString &uuid);
+    // The same for many, saved once: how many of the UUIDs matched a track.
+    int removeItemsFromLibraryByUUIDs(const QStringList &uuids);
     // Members of a plain playlist, or the tracks a smart list's request
     // selects; in no defined order.
     ZBItemList getItemsFromPlaylist(const ZBPlaylist *playlist) const;

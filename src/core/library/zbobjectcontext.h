@@ -56,6 +56,7 @@ public:
     // Deleting a track takes it out of every playlist and drops its resources;
     // deleting a playlist leaves its tracks alone.
     void deleteItem(ZBItem *item);
+    void deleteItems(const QList<ZBItem *> &items);
     void deletePlaylist(ZBPlaylist *playlist);
 
     void addMember(ZBPlaylist *playlist, ZBItem *item);

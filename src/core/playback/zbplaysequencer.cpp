@@ -166,17 +166,26 @@ bool ZBPlaySequencer::canStepPrevious() const
     return m_index >= 1;
 }
 
-void ZBPlaySequencer::removeItem(const ZBItem *item)
+void ZBPlaySequencer::removeItems(const QSet<const ZBItem *> &items)
 {
-    for (qsizetype i = m_list.size() - 1; i >= 0; --i)
+    // One pass, however many go: the playing index moves back by one for
+    // each entry removed at or before it, so that when the playing entry goes
+    // itself "next" lands on the entry that followed it.
+    qsizetype kept = 0;
+    int index = m_index;
+    for (qsizetype i = 0; i < m_list.size(); ++i)
     {
-        if (m_list.at(i) != item)
+        if (items.contains(m_list.at(i)))
+        {
+            if (i <= m_index)
+                --index;
             continue;
-        m_list.removeAt(i);
-        m_counts.removeAt(i);
-        if (m_index > i)
-            --m_index;
-        else if (m_index == i)
-            m_index = int(i) - 1;
+        }
+        m_list[kept] = m_list.at(i);
+        m_counts[kept] = m_counts.at(i);
+        ++kept;
     }
+    m_list.resize(kept);
+    m_counts.resize(kept);
+    m_index = index;
 }

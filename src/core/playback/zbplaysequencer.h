@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QSet>
 
 #include <functional>
 
@@ -73,8 +74,8 @@ public:
     bool canStepNext() const;
     bool canStepPrevious() const;
 
-    // A track deleted from the library leaves the play list with its counter.
-    void removeItem(const ZBItem *item);
+    // Tracks deleted from the library leave the play list with their counters.
+    void removeItems(const QSet<const ZBItem *> &items);
 
 private:
     Step step(int direction, const UsableTest &usable, const SkipHandler &skip, QList<bool> &refused);

@@ -437,7 +437,7 @@ void ZBPlaybackController::cannotFindTrack(Sender sender, ZBItem *item, bool try
         }
         case ZBPlaybackUi::MissingTrackChoice::Delete:
         {
-            trackWillBeRemoved(item);
+            tracksWillBeRemoved({item});
             m_currentList.removeAll(item);
             m_library->removeItemFromLibraryByUUID(item->ItemUUID());
             Q_EMIT trackRemoved(item);
@@ -448,14 +448,14 @@ void ZBPlaybackController::cannotFindTrack(Sender sender, ZBItem *item, bool try
     }
 }
 
-void ZBPlaybackController::trackWillBeRemoved(ZBItem *item)
+void ZBPlaybackController::tracksWillBeRemoved(const QSet<const ZBItem *> &items)
 {
-    if (item == m_playingItem)
+    if (items.contains(m_playingItem))
     {
         stopPlaying();
         showLogo();
     }
-    m_sequencer.removeItem(item);
+    m_sequencer.removeItems(items);
 }
 
 void ZBPlaybackController::initPlayback()

@@ -87,9 +87,9 @@ public:
     bool isStopped() const { return m_stopped; }
 
     void setTrack(ZBItem *item, bool valid);
-    // A track deleted from the library leaves the play list; if it plays,
+    // Tracks deleted from the library leave the play list; if one plays,
     // playback stops.
-    void trackWillBeRemoved(ZBItem *item);
+    void tracksWillBeRemoved(const QSet<const ZBItem *> &items);
 
     bool isPlaying() const { return m_isPlaying; }
     bool inProgress() const { return m_inProgress; }

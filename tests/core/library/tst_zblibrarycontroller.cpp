@@ -40,6 +40,7 @@ private Q_SLOTS:
     void samePathIsNeverAddedTwice();
     void lookups();
     void membershipAndRemoval();
+    void manyRemovedInOneCall();
     void itemOrderRecord();
     void sortRules();
     void resourcesOfAnItem();
@@ -222,6 +223,28 @@ void TestZBLibraryController::membershipAndRemoval()
     QVERIFY(!m_library->playlistByUUID(lists[1]));
     QVERIFY(!m_library->itemByUUID(gone));
     QVERIFY(m_library->itemByUUID(keep)->Playlist().isEmpty());
+}
+
+void TestZBLibraryController::manyRemovedInOneCall()
+{
+    QStringList uuids;
+    for (const char *name : {"A", "B", "C", "D", "E"})
+        uuids << addTrack(*m_library, QLatin1String(name), QStringLiteral("/%1.mp4").arg(name));
+    const QString list = newList("p")->PlaylistUUID();
+    for (const int i : {0, 1, 2})
+        QVERIFY(m_library->addItemWithUUID(uuids[i], m_library->playlistByUUID(list)));
+    m_library->addResourceWithPath("/C/sound.mp3", false, m_library->itemByUUID(uuids[2]));
+    QCOMPARE(m_library->removeItemsFromLibraryByUUIDs({uuids[0], uuids[2], uuids[4], "no-such-track"}), 3);
+    // Out of the library and its list at once, and so after a restart.
+    for (int pass = 0; pass < 2; ++pass)
+    {
+        QCOMPARE(names(m_library->managedObjectContext()->items()), QStringList({"B", "D"}));
+        QCOMPARE(names(m_library->getItemsFromPlaylist(m_library->playlistByUUID(list))), QStringList({"B"}));
+        reopen();
+    }
+    ZBSqliteStatement *resources = m_library->managedObjectContext()->database().statement("SELECT count(*) FROM ZBResources");
+    QVERIFY(resources && resources->step());
+    QCOMPARE(resources->int64(0), 0);
 }
 
 void TestZBLibraryController::itemOrderRecord()

@@ -78,6 +78,8 @@ private Q_SLOTS:
     void shufflePlaysEachTrackOncePerRound();
     void buttonsAtTheEnds();
     void emptyListAndRemoval();
+    void manyRemovedAtOnce_data();
+    void manyRemovedAtOnce();
 };
 
 void TestZBPlaySequencer::inOrderStopsAtEitherEndAndSkipsUnplayableTracks()
@@ -192,20 +194,62 @@ void TestZBPlaySequencer::emptyListAndRemoval()
     Fixture f(4);
     f.sequencer.setPlayingItemIndex(2);
     f.sequencer.markPlayed(0);
-    f.sequencer.removeItem(f.list.at(0));
+    f.sequencer.removeItems({f.list.at(0)});
     QCOMPARE(f.sequencer.playbackList().size(), 3);
     QCOMPARE(f.sequencer.playingCounts(), QList<int>({0, 0, 0}));
     QCOMPARE(f.sequencer.playingItemIndex(), 1);
     QCOMPARE(f.sequencer.itemAt(1)->Name(), QStringLiteral("2"));
     // Removing the playing entry leaves the index before it, so "next" lands
     // on the entry that followed.
-    f.sequencer.removeItem(f.list.at(2));
+    f.sequencer.removeItems({f.list.at(2)});
     QCOMPARE(f.next(+1).index, 1);
     QCOMPARE(f.sequencer.itemAt(1)->Name(), QStringLiteral("3"));
     Fixture g(3);
     g.sequencer.markPlayed(1);
     g.sequencer.replacePlaybackList({g.list.at(1), g.list.at(0)});
     QCOMPARE(g.sequencer.playingCounts(), QList<int>({1, 0}));
+}
+
+void TestZBPlaySequencer::manyRemovedAtOnce_data()
+{
+    QTest::addColumn<int>("playing");
+    QTest::addColumn<QList<int>>("removed");
+    QTest::addColumn<int>("playingAfter");
+    // The index moves back by one for each track removed at or before it.
+    QTest::newRow("before") << 3 << QList<int>{0, 1} << 1;
+    QTest::newRow("after") << 2 << QList<int>{3, 4} << 2;
+    QTest::newRow("the playing one and around it") << 3 << QList<int>{2, 3, 4} << 1;
+    QTest::newRow("the first, playing") << 0 << QList<int>{0} << -1;
+    QTest::newRow("nothing playing") << -1 << QList<int>{0, 4} << -1;
+}
+
+void TestZBPlaySequencer::manyRemovedAtOnce()
+{
+    QFETCH(int, playing);
+    QFETCH(QList<int>, removed);
+    QFETCH(int, playingAfter);
+    Fixture f(5);
+    f.sequencer.setPlayingItemIndex(playing);
+    QSet<const ZBItem *> items;
+    QStringList left;
+    QList<int> counts;
+    for (int i = 0; i < 5; ++i)
+    {
+        // Every other track played, so that a counter left behind shows.
+        if (i % 2)
+            f.sequencer.markPlayed(i);
+        if (removed.contains(i))
+            items.insert(f.list.at(i));
+        else
+            left << QString::number(i), counts << i % 2;
+    }
+    f.sequencer.removeItems(items);
+    QCOMPARE(f.sequencer.playingItemIndex(), playingAfter);
+    QStringList names;
+    for (const ZBItem *item : f.sequencer.playbackList())
+        names << item->Name();
+    QCOMPARE(names, left);
+    QCOMPARE(f.sequencer.playingCounts(), counts);
 }
 
 QTEST_GUILESS_MAIN(TestZBPlaySequencer)
