@@ -32,6 +32,11 @@ ZBItem *&ZBFoldedIndex::next(ZBItem *item) const
     return item->m_indexNext[size_t(m_slot)];
 }
 
+ZBItem *&ZBFoldedIndex::previous(ZBItem *item) const
+{
+    return item->m_indexPrevious[size_t(m_slot)];
+}
+
 void ZBFoldedIndex::clear()
 {
     m_slots.clear();
@@ -183,6 +188,9 @@ void ZBFoldedIndex::link(quint64 hash, ZBItem *item)
         ++m_used;
     }
     next(item) = slot->head;
+    previous(item) = nullptr;
+    if (slot->head)
+        previous(slot->head) = item;
     slot->head = item;
 }
 
@@ -190,18 +198,22 @@ void ZBFoldedIndex::remove(const QString &value, ZBItem *item)
 {
     if (value.isNull() || m_slots.empty())
         return;
-    Slot *slot = find(foldedHash(value));
-    if (slot->hash == 0)
-        return;
-    for (ZBItem **link = &slot->head; *link; link = &next(*link))
+    ZBItem *before = previous(item);
+    ZBItem *after = next(item);
+    if (before)
+        next(before) = after;
+    else
     {
-        if (*link == item)
-        {
-            *link = next(item);
-            next(item) = nullptr;
+        // The head of its chain, or not indexed at all.
+        Slot *slot = find(foldedHash(value));
+        if (slot->hash == 0 || slot->head != item)
             return;
-        }
+        slot->head = after;
     }
+    if (after)
+        previous(after) = before;
+    next(item) = nullptr;
+    previous(item) = nullptr;
 }
 
 QList<ZBItem *> ZBFoldedIndex::values(const QString &folded) const

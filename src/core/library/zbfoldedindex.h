@@ -15,8 +15,8 @@ class ZBItem;
 // and most of the time of opening a large library. This one keeps only a
 // 64-bit hash of each folded value, computed without building the folded text
 // when the value is ASCII; the tracks that share a hash are chained through
-// the tracks themselves, and a lookup confirms each candidate by folding its
-// value. Like the hash it replaces, a lookup lists the track added last first.
+// the tracks themselves (both ways, so that a track leaves a long chain at
+// once), and a lookup confirms each candidate by folding its value. Like the hash it replaces, a lookup lists the track added last first.
 class ZBFoldedIndex
 {
 public:
@@ -57,6 +57,7 @@ private:
     Slot *find(quint64 hash) const;
     void grow();
     ZBItem *&next(ZBItem *item) const;
+    ZBItem *&previous(ZBItem *item) const;
 
     void link(quint64 hash, ZBItem *item);
 

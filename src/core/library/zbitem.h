@@ -173,8 +173,11 @@ private:
     mutable quint8 m_foldValid = 0;
     quint32 m_serial = 0;
     mutable std::array<QString, KeptFoldCount> m_folds;
-    // The links of the context's UUID, path and URL indexes.
+    // The links of the context's UUID, path and URL indexes, both ways: every
+    // local track shares the empty address, and a track leaves that chain
+    // without a walk along it.
     std::array<ZBItem *, 3> m_indexNext{};
+    std::array<ZBItem *, 3> m_indexPrevious{};
 
     QString m_ItemUUID;
     QString m_Name;
