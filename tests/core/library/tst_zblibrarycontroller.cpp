@@ -233,7 +233,6 @@ void TestZBLibraryController::manyRemovedInOneCall()
     const QString list = newList("p")->PlaylistUUID();
     for (const int i : {0, 1, 2})
         QVERIFY(m_library->addItemWithUUID(uuids[i], m_library->playlistByUUID(list)));
-    m_library->addResourceWithPath("/C/sound.mp3", false, m_library->itemByUUID(uuids[2]));
     QCOMPARE(m_library->removeItemsFromLibraryByUUIDs({uuids[2], uuids[1], uuids[4], "no-such-track"}), 3);
     // Out of the library and its list at once, and so after a restart.
     for (int pass = 0; pass < 2; ++pass)
@@ -245,9 +244,6 @@ void TestZBLibraryController::manyRemovedInOneCall()
         QCOMPARE(names(m_library->getItemsFromLibraryByURL("").value()), QStringList({"D", "A"}));
         reopen();
     }
-    ZBSqliteStatement *resources = m_library->managedObjectContext()->database().statement("SELECT count(*) FROM ZBResources");
-    QVERIFY(resources && resources->step());
-    QCOMPARE(resources->int64(0), 0);
 }
 
 void TestZBLibraryController::itemOrderRecord()
