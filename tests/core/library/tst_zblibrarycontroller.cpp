@@ -239,8 +239,7 @@ void TestZBLibraryController::manyRemovedInOneCall()
     {
         QCOMPARE(names(m_library->managedObjectContext()->items()), QStringList({"A", "D"}));
         QCOMPARE(names(m_library->getItemsFromPlaylist(m_library->playlistByUUID(list))), QStringList({"A"}));
-        // All five shared the empty address: its chain lost its head and two
-        // neighbours in the middle.
+        // The empty address's chain lost its head and two neighbours.
         QCOMPARE(names(m_library->getItemsFromLibraryByURL("").value()), QStringList({"D", "A"}));
         reopen();
     }
