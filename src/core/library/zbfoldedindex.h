@@ -16,7 +16,8 @@ class ZBItem;
 // 64-bit hash of each folded value, computed without building the folded text
 // when the value is ASCII; the tracks that share a hash are chained through
 // the tracks themselves (both ways, so that a track leaves a long chain at
-// once), and a lookup confirms each candidate by folding its value. Like the hash it replaces, a lookup lists the track added last first.
+// once), and a lookup confirms each candidate by folding its value. Like the
+// hash it replaces, a lookup lists the track added last first.
 class ZBFoldedIndex
 {
 public:

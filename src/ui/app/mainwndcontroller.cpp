@@ -228,18 +228,19 @@ void MainWndController::startDeferred()
     // before the tracks show: reading a large library takes both cores, and
     // mapping the libraries beside it held the table up by some 150 ms at
     // 100,000 tracks. A play or a browse before then maps them at once.
-    whenLibraryReady([this]() {
-        m_pane->whenShown([guard = QPointer<MainWndController>(this)]() {
-            ZBMediaModuleLoader::preload([guard]() {
-                QMetaObject::invokeMethod(
-                    qApp,
-                    [guard]() {
-                        if (guard)
-                            guard->mediaModuleMapped();
-                    },
-                    Qt::QueuedConnection);
-            });
-        });
+    whenLibraryReady([this]() { m_pane->whenShown([this]() { preloadMediaModule(); }); });
+}
+
+void MainWndController::preloadMediaModule()
+{
+    ZBMediaModuleLoader::preload([guard = QPointer<MainWndController>(this)]() {
+        QMetaObject::invokeMethod(
+            qApp,
+            [guard]() {
+                if (guard)
+                    guard->mediaModuleMapped();
+            },
+            Qt::QueuedConnection);
     });
 }
 

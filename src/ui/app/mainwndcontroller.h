@@ -193,6 +193,8 @@ private:
     // What only playback, browsing or the desktop need, once the window is
     // on screen.
     void startDeferred();
+    // Maps the media libraries on a thread of their own, then makes the engines.
+    void preloadMediaModule();
     static constexpr int DeferredFallbackMs = 2000;
     // The desktop's player controls (MPRIS).
     void startMpris();
